@@ -1,0 +1,54 @@
+# The two set-up commands of the README: `make rehearse` and `make check`. Both install what is
+# missing on a Debian machine, configure into build/ and build; the program is build/update.
+
+BUILD      ?= build
+JOBS       ?= $(shell nproc)
+CMAKE_ARGS ?=
+CTEST_ARGS ?=
+SUDO       := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
+
+# Debian packages the build, the tests and the rehearsal need.
+PACKAGES := build-essential cmake ninja-build pkg-config python3 gettext \
+            libwxgtk3.2-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev \
+            xvfb xauth x11-apps x11-utils imagemagick util-linux \
+            fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
+            clang libclang-rt-dev
+
+.PHONY: all deps configure build check rehearse asan tsan clean format
+
+all: build
+
+deps:
+	@missing=$$(for p in $(PACKAGES); do dpkg-query -W -f='$${Status}\n' $$p 2>/dev/null | grep -q '^install ok installed' || echo $$p; done); \
+	if [ -n "$$missing" ]; then \
+	  echo "Installing:" $$missing; \
+	  $(SUDO) apt-get update -qq && \
+	  DEBIAN_FRONTEND=noninteractive $(SUDO) apt-get install -y -qq --no-install-recommends $$missing; \
+	fi
+
+$(BUILD)/build.ninja:
+	cmake -S . -B $(BUILD) -G Ninja $(CMAKE_ARGS)
+
+configure: deps $(BUILD)/build.ninja
+
+build: configure
+	cmake --build $(BUILD) -j $(JOBS)
+
+check: build
+	cd $(BUILD) && ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
+
+rehearse: build
+	tools/rehearse $(REHEARSE_ARGS)
+
+# The whole suite under AddressSanitizer + UndefinedBehaviorSanitizer, and under ThreadSanitizer.
+asan:
+	$(MAKE) check BUILD=build-asan CMAKE_ARGS="-DVTX_SANITIZE=address -DCMAKE_BUILD_TYPE=Debug"
+
+tsan:
+	$(MAKE) check BUILD=build-tsan CMAKE_ARGS="-DVTX_SANITIZE=thread -DCMAKE_BUILD_TYPE=Debug"
+
+format:
+	git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	rm -rf build build-asan build-tsan

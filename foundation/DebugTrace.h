@@ -1,0 +1,15 @@
+#pragma once
+// Debug traces of the framework go to the toolkit's log at debug level, tagged with the source
+// module and the function. They are written only when debug messages are enabled and, from a
+// thread other than the main thread, only when thread logging is enabled.
+
+#include <string>
+
+bool VtxDebugTraceEnabled();
+
+// printf-style; the text is formatted only when the trace is enabled.
+void VtxDebugTrace(const char* module, const char* function, const char* format, ...)
+#if defined(__GNUC__)
+    __attribute__((format(printf, 3, 4)))
+#endif
+    ;
