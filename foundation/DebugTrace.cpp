@@ -7,7 +7,7 @@
 #include <vector>
 
 bool VtxDebugTraceEnabled() {
-    return wxLog::IsEnabled() && wxLog::IsLevelEnabled(wxLOG_Debug, wxString());
+    return wxLog::IsEnabled() && wxLog::IsLevelEnabled(wxLOG_Debug, wxASCII_STR(wxLOG_COMPONENT));
 }
 
 void VtxDebugTrace(const char* module, const char* function, const char* format, ...) {
@@ -21,5 +21,11 @@ void VtxDebugTrace(const char* module, const char* function, const char* format,
     std::vector<char> text(length > 0 ? static_cast<size_t>(length) + 1 : 1, '\0');
     if (length > 0) std::vsnprintf(text.data(), text.size(), format, args);
     va_end(args);
-    wxLogger(wxLOG_Debug, module, 0, function, wxString()).Log("%s", wxString::FromUTF8(text.data()));
+    // Traces often show malformed input: bytes that are not UTF-8 are shown one by one rather
+    // than losing the whole line.
+    wxString message = wxString::FromUTF8(text.data());
+    if (message.empty() && text[0] != '\0') message = wxString::From8BitData(text.data());
+    // The record keeps these pointers (a worker thread's records are flushed later), so they
+    // must outlive the call: the component is the toolkit's own, module and function are literals.
+    wxLogger(wxLOG_Debug, module, 0, function, wxLOG_COMPONENT).Log("%s", message);
 }

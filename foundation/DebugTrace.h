@@ -7,7 +7,8 @@
 
 bool VtxDebugTraceEnabled();
 
-// printf-style; the text is formatted only when the trace is enabled.
+// printf-style; the text is formatted only when the trace is enabled. module and function must
+// be string literals: the toolkit may keep the pointers until it flushes a worker thread's log.
 void VtxDebugTrace(const char* module, const char* function, const char* format, ...)
 #if defined(__GNUC__)
     __attribute__((format(printf, 3, 4)))

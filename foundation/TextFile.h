@@ -17,8 +17,11 @@ public:
     virtual ~TTextFileReader() { Close(); }
 
     bool Open(const std::string& path) {
+        Close();
+        m_stream.clear();
         m_stream.open(path.c_str(), std::ios::in);
         m_open = m_stream.is_open() && !m_stream.fail();
+        if (m_open) m_stream.peek();  // an empty file is at its end at once
         return m_open;
     }
     bool IsOpen() const { return m_open; }
@@ -37,6 +40,8 @@ public:
         } else if (m_stream.fail() && !m_stream.eof()) {
             m_stream.setstate(std::ios::eofbit);  // a read error ends the file for the caller
         }
+        // Look ahead, so that IsEof turns true with the last line rather than one read later.
+        if (m_stream.good()) m_stream.peek();
         const typename String::size_type length = line.find(Char(0));
         if (length == String::npos) return line;
         if (length >= 1 && line[length - 1] == Char(13)) {

@@ -3,14 +3,14 @@
 namespace {
 std::atomic<CLogInterface*> g_sink{nullptr};
 
-void Send(const CTraceLevelField* field, int type, const std::string& text, int context) {
+void Send(const CTraceField* field, int type, const std::string& text, int context) {
     CLogInterface* sink = g_sink.load(std::memory_order_acquire);
     if (!sink) return;
     static const std::string noSource;
     sink->Log(type, field ? field->GetName() : noSource, context, text);
 }
 
-bool TracePasses(const CTraceLevelField* field, int minLevel) {
+bool TracePasses(const CTraceField* field, int minLevel) {
     return field && field->GetLevel() > minLevel;
 }
 }  // namespace
@@ -53,25 +53,25 @@ CLogInterface::~CLogInterface() {
 
 CLogInterface* CLogInterface::GetCurrent() { return g_sink.load(std::memory_order_acquire); }
 
-void LogWithType(const CTraceLevelField* f, int type, const std::string& t, int c) { Send(f, type, t, c); }
-void LogInternalError(const CTraceLevelField* f, const std::string& t, int c) { Send(f, eLogInternalError, t, c); }
-void LogError(const CTraceLevelField* f, const std::string& t, int c) { Send(f, eLogError, t, c); }
-void LogWarning(const CTraceLevelField* f, const std::string& t, int c) { Send(f, eLogWarning, t, c); }
-void LogMessage(const CTraceLevelField* f, const std::string& t, int c) { Send(f, eLogMessage, t, c); }
-void LogEvent(const CTraceLevelField* f, const std::string& t, int c) { Send(f, eLogEvent, t, c); }
-void LogProgramEvent(const CTraceLevelField* f, const std::string& t, int c) { Send(f, eLogProgramEvent, t, c); }
+void LogWithType(const CTraceField* f, int type, const std::string& t, int c) { Send(f, type, t, c); }
+void LogInternalError(const CTraceField* f, const std::string& t, int c) { Send(f, eLogInternalError, t, c); }
+void LogError(const CTraceField* f, const std::string& t, int c) { Send(f, eLogError, t, c); }
+void LogWarning(const CTraceField* f, const std::string& t, int c) { Send(f, eLogWarning, t, c); }
+void LogMessage(const CTraceField* f, const std::string& t, int c) { Send(f, eLogMessage, t, c); }
+void LogEvent(const CTraceField* f, const std::string& t, int c) { Send(f, eLogEvent, t, c); }
+void LogProgramEvent(const CTraceField* f, const std::string& t, int c) { Send(f, eLogProgramEvent, t, c); }
 
-void LogTrace1(const CTraceLevelField* f, const std::string& t, int c) {
+void LogTrace1(const CTraceField* f, const std::string& t, int c) {
     if (TracePasses(f, 0)) Send(f, eLogTrace1, t, c);
 }
-void LogTrace2(const CTraceLevelField* f, const std::string& t, int c) {
+void LogTrace2(const CTraceField* f, const std::string& t, int c) {
     if (TracePasses(f, 1)) Send(f, eLogTrace2, t, c);
 }
-void LogData(const CTraceLevelField* f, const std::string& label, const std::string& value, int c) {
+void LogData(const CTraceField* f, const std::string& label, const std::string& value, int c) {
     if (TracePasses(f, 2)) Send(f, eLogData, label + ":" + value, c);
 }
 
-CLogTraceScope::CLogTraceScope(const CTraceLevelField* field, std::string name, int type)
+CLogTraceScope::CLogTraceScope(const CTraceField* field, std::string name, int type)
     : m_field(field), m_name(std::move(name)), m_type(type) {
     if (Passes()) Send(m_field, m_type, m_name + " Enter", 0);
 }

@@ -3,6 +3,7 @@
 // Trace messages pass only when the trace level of the module's trace field allows them.
 
 #include <atomic>
+#include <utility>
 #include <string>
 
 #include "foundation/Collectors.h"
@@ -23,10 +24,10 @@ enum eLogType {
 const char* GetLogTypeText(int type);
 
 // A module's named trace level (0 "None" to 3 "All"); its name is the source of its messages.
-class CTraceLevelField {
+class CTraceField {
 public:
-    explicit CTraceLevelField(std::string name, int level = 0) : m_name(std::move(name)), m_level(level) {}
-    virtual ~CTraceLevelField() = default;
+    explicit CTraceField(std::string name, int level = 0) : m_name(std::move(name)), m_level(level) {}
+    virtual ~CTraceField() = default;
     const std::string& GetName() const { return m_name; }
     int GetLevel() const { return m_level.load(std::memory_order_relaxed); }
     void SetLevel(int level) { m_level.store(level, std::memory_order_relaxed); }
@@ -57,28 +58,28 @@ public:
 
 // Each does nothing without a sink. The field gives the source name and the trace filter; a null
 // field logs with an empty source (traces of a null field never pass).
-void LogWithType(const CTraceLevelField* field, int type, const std::string& text, int context = 0);
-void LogInternalError(const CTraceLevelField* field, const std::string& text, int context = 0);
-void LogError(const CTraceLevelField* field, const std::string& text, int context = 0);
-void LogWarning(const CTraceLevelField* field, const std::string& text, int context = 0);
-void LogMessage(const CTraceLevelField* field, const std::string& text, int context = 0);
-void LogEvent(const CTraceLevelField* field, const std::string& text, int context = 0);
-void LogProgramEvent(const CTraceLevelField* field, const std::string& text, int context = 0);
-void LogTrace1(const CTraceLevelField* field, const std::string& text, int context = 0);
-void LogTrace2(const CTraceLevelField* field, const std::string& text, int context = 0);
-void LogData(const CTraceLevelField* field, const std::string& label, const std::string& value, int context = 0);
+void LogWithType(const CTraceField* field, int type, const std::string& text, int context = 0);
+void LogInternalError(const CTraceField* field, const std::string& text, int context = 0);
+void LogError(const CTraceField* field, const std::string& text, int context = 0);
+void LogWarning(const CTraceField* field, const std::string& text, int context = 0);
+void LogMessage(const CTraceField* field, const std::string& text, int context = 0);
+void LogEvent(const CTraceField* field, const std::string& text, int context = 0);
+void LogProgramEvent(const CTraceField* field, const std::string& text, int context = 0);
+void LogTrace1(const CTraceField* field, const std::string& text, int context = 0);
+void LogTrace2(const CTraceField* field, const std::string& text, int context = 0);
+void LogData(const CTraceField* field, const std::string& label, const std::string& value, int context = 0);
 
 // Traces "<name> Enter" and "<name> Exit" around a scope.
 class CLogTraceScope {
 public:
-    CLogTraceScope(const CTraceLevelField* field, std::string name, int type);
+    CLogTraceScope(const CTraceField* field, std::string name, int type);
     ~CLogTraceScope();
     CLogTraceScope(const CLogTraceScope&) = delete;
     CLogTraceScope& operator=(const CLogTraceScope&) = delete;
 
 private:
     bool Passes() const;
-    const CTraceLevelField* m_field;
+    const CTraceField* m_field;
     std::string m_name;
     int m_type;
 };
@@ -96,8 +97,8 @@ public:
     explicit CLogClient(const std::string& name, int level = 0);
     ~CLogClient() override;
 
-    CTraceLevelField& GetTraceField() { return m_field; }
-    const CTraceLevelField& GetTraceField() const { return m_field; }
+    CTraceField& GetTraceField() { return m_field; }
+    const CTraceField& GetTraceField() const { return m_field; }
     void LogError(const std::string& text, int context = 0) const { ::LogError(&m_field, text, context); }
     void LogWarning(const std::string& text, int context = 0) const { ::LogWarning(&m_field, text, context); }
     void LogMessage(const std::string& text, int context = 0) const { ::LogMessage(&m_field, text, context); }
@@ -106,7 +107,7 @@ public:
     void LogTrace2(const std::string& text, int context = 0) const { ::LogTrace2(&m_field, text, context); }
 
 private:
-    CTraceLevelField m_field;
+    CTraceField m_field;
 };
 
 class CLogList : public CObjectCollectorHandler<CLogClient> {};

@@ -1,0 +1,183 @@
+#include "foundation/InstrumentTime.h"
+
+#include "foundation/InstrumentEnums.h"
+
+#include <wx/debug.h>
+
+#include <cctype>
+
+namespace {
+const char* const kInvalid = "invalid wxDateTime";
+
+std::string ToUtf8(const wxString& text) { return text.utf8_string(); }
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// CInstrumentTimeSpan
+
+CInstrumentTimeSpan CInstrumentTimeSpan::Milliseconds(int64_t ms) {
+    return CInstrumentTimeSpan(wxTimeSpan::Milliseconds(wxLongLong(ms)));
+}
+CInstrumentTimeSpan CInstrumentTimeSpan::Seconds(int64_t s) {
+    return CInstrumentTimeSpan(wxTimeSpan::Seconds(wxLongLong(s)));
+}
+CInstrumentTimeSpan CInstrumentTimeSpan::Minutes(long m) { return CInstrumentTimeSpan(wxTimeSpan::Minutes(m)); }
+CInstrumentTimeSpan CInstrumentTimeSpan::Hours(long h) { return CInstrumentTimeSpan(wxTimeSpan::Hours(h)); }
+CInstrumentTimeSpan CInstrumentTimeSpan::Days(long d) { return CInstrumentTimeSpan(wxTimeSpan::Days(d)); }
+
+int64_t CInstrumentTimeSpan::GetMilliseconds() const { return m_span.GetMilliseconds().GetValue(); }
+int64_t CInstrumentTimeSpan::GetSeconds() const { return m_span.GetSeconds().GetValue(); }
+long CInstrumentTimeSpan::GetMinutes() const { return m_span.GetMinutes(); }
+
+CInstrumentTimeSpan CInstrumentTimeSpan::operator+(const CInstrumentTimeSpan& other) const {
+    return CInstrumentTimeSpan(m_span + other.m_span);
+}
+CInstrumentTimeSpan CInstrumentTimeSpan::operator-(const CInstrumentTimeSpan& other) const {
+    return CInstrumentTimeSpan(m_span - other.m_span);
+}
+
+// ---------------------------------------------------------------------------------------------
+// CInstrumentTime
+
+CInstrumentTime::CInstrumentTime(int day, int month, int year, int hour, int minute, int second) {
+    // wxDateTime asserts on impossible fields; an impossible time is an invalid one here.
+    if (month < 1 || month > 12 || day < 1 || hour < 0 || hour > 23 || minute < 0 || minute > 59 ||
+        second < 0 || second > 59)
+        return;
+    const wxDateTime::Month m = static_cast<wxDateTime::Month>(month - 1);
+    if (day > wxDateTime::GetNumberOfDays(m, year)) return;
+    m_dateTime.Set(static_cast<wxDateTime::wxDateTime_t>(day), m, year,
+                   static_cast<wxDateTime::wxDateTime_t>(hour), static_cast<wxDateTime::wxDateTime_t>(minute),
+                   static_cast<wxDateTime::wxDateTime_t>(second));
+}
+
+CInstrumentTime CInstrumentTime::Now() { return CInstrumentTime(wxDateTime::Now()); }
+
+bool CInstrumentTime::IsEqualTo(const CInstrumentTime& other) const {
+    wxCHECK_MSG(IsValid() && other.IsValid(), false, kInvalid);
+    return m_dateTime.IsEqualTo(other.m_dateTime);
+}
+bool CInstrumentTime::IsEarlierThan(const CInstrumentTime& other) const {
+    wxCHECK_MSG(IsValid() && other.IsValid(), false, kInvalid);
+    return m_dateTime.IsEarlierThan(other.m_dateTime);
+}
+bool CInstrumentTime::IsLaterThan(const CInstrumentTime& other) const {
+    wxCHECK_MSG(IsValid() && other.IsValid(), false, kInvalid);
+    return m_dateTime.IsLaterThan(other.m_dateTime);
+}
+
+CInstrumentTime& CInstrumentTime::Add(const CInstrumentTimeSpan& span) {
+    wxCHECK_MSG(IsValid(), *this, kInvalid);
+    m_dateTime.Add(span.GetTimeSpan());
+    return *this;
+}
+CInstrumentTime& CInstrumentTime::Subtract(const CInstrumentTimeSpan& span) {
+    wxCHECK_MSG(IsValid(), *this, kInvalid);
+    m_dateTime.Subtract(span.GetTimeSpan());
+    return *this;
+}
+CInstrumentTimeSpan CInstrumentTime::Subtract(const CInstrumentTime& other) const {
+    wxCHECK_MSG(IsValid() && other.IsValid(), CInstrumentTimeSpan(), kInvalid);
+    return CInstrumentTimeSpan(m_dateTime.Subtract(other.m_dateTime));
+}
+CInstrumentTime CInstrumentTime::operator+(const CInstrumentTimeSpan& span) const {
+    CInstrumentTime result(*this);
+    return result.Add(span);
+}
+CInstrumentTime CInstrumentTime::operator-(const CInstrumentTimeSpan& span) const {
+    CInstrumentTime result(*this);
+    return result.Subtract(span);
+}
+
+int CInstrumentTime::GetYear() const {
+    wxCHECK_MSG(IsValid(), 0, kInvalid);
+    return m_dateTime.GetYear();
+}
+int CInstrumentTime::GetMonth() const {
+    wxCHECK_MSG(IsValid(), 0, kInvalid);
+    return static_cast<int>(m_dateTime.GetMonth()) + 1;
+}
+int CInstrumentTime::GetDay() const {
+    wxCHECK_MSG(IsValid(), 0, kInvalid);
+    return m_dateTime.GetDay();
+}
+int CInstrumentTime::GetHour() const {
+    wxCHECK_MSG(IsValid(), 0, kInvalid);
+    return m_dateTime.GetHour();
+}
+int CInstrumentTime::GetMinute() const {
+    wxCHECK_MSG(IsValid(), 0, kInvalid);
+    return m_dateTime.GetMinute();
+}
+int CInstrumentTime::GetSecond() const {
+    wxCHECK_MSG(IsValid(), 0, kInvalid);
+    return m_dateTime.GetSecond();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Text forms
+
+const char* CInstrumentTime::DateTimeFormat(bool dayFirst) {
+    return dayFirst ? "%d/%m/%Y %H:%M" : "%m/%d/%Y %I:%M %p";
+}
+const char* CInstrumentTime::DateFormat(bool dayFirst) { return dayFirst ? "%d/%m/%Y" : "%m/%d/%Y"; }
+std::string CInstrumentTime::ClockFormat(bool dayFirst, bool colon) {
+    std::string format = dayFirst ? "%H:%M" : "%I:%M %p";
+    if (!colon) {
+        const std::string::size_type at = format.find(':');
+        if (at != std::string::npos) format[at] = ' ';
+    }
+    return format;
+}
+const char* CInstrumentTime::SettingsFormat() { return "%d%m%Y %H%M"; }
+
+const std::string& CInstrumentTime::XmlFormat() {
+    static const std::string format = [] {
+        const char* date[3] = {};
+        date[eXmlDateYear] = "%Y";
+        date[eXmlDateMonth] = "%m";
+        date[eXmlDateDay] = "%d";
+        const char* time[3] = {};
+        time[eXmlTimeHour] = "%H";
+        time[eXmlTimeMinute] = "%M";
+        time[eXmlTimeSecond] = "%S";
+        std::string f;
+        f.append(date[eXmlDateYear]).append("-").append(date[eXmlDateMonth]).append("-").append(date[eXmlDateDay]);
+        f.append("T");
+        f.append(time[eXmlTimeHour]).append(":").append(time[eXmlTimeMinute]).append(":").append(time[eXmlTimeSecond]);
+        return f;
+    }();
+    return format;
+}
+
+std::string CInstrumentTime::Format(const char* strftimeFormat) const {
+    wxCHECK_MSG(IsValid(), std::string(), kInvalid);
+    wxCHECK_MSG(strftimeFormat != nullptr, std::string(), "no format");
+    return ToUtf8(m_dateTime.Format(wxString::FromUTF8(strftimeFormat), wxDateTime::Local));
+}
+std::string CInstrumentTime::FormatDateTime(bool dayFirst) const { return Format(DateTimeFormat(dayFirst)); }
+std::string CInstrumentTime::FormatDate(bool dayFirst) const { return Format(DateFormat(dayFirst)); }
+std::string CInstrumentTime::FormatClock(bool dayFirst, bool colon) const {
+    return Format(ClockFormat(dayFirst, colon).c_str());
+}
+std::string CInstrumentTime::FormatWithSeconds() const { return Format("%H:%M:%S"); }
+std::string CInstrumentTime::FormatSettings() const { return Format(SettingsFormat()); }
+std::string CInstrumentTime::FormatXml() const { return Format(XmlFormat().c_str()); }
+
+bool CInstrumentTime::ParseSettings(const std::string& text, CInstrumentTime& out) {
+    // The toolkit's parser is lenient about field widths; the stored form is not.
+    static const char kShape[] = "dddddddd dddd";
+    if (text.size() != sizeof(kShape) - 1) return false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const bool digit = std::isdigit(static_cast<unsigned char>(text[i])) != 0;
+        if (kShape[i] == 'd' ? !digit : text[i] != ' ') return false;
+    }
+    const wxString input = wxString::FromUTF8(text.c_str());
+    wxDateTime parsed;
+    wxString::const_iterator end;
+    if (!parsed.ParseFormat(input, wxString(SettingsFormat()), wxDateTime(), &end) || end != input.end() ||
+        !parsed.IsValid())
+        return false;
+    out = CInstrumentTime(parsed);
+    return true;
+}

@@ -1,0 +1,92 @@
+// A worker drives the status line and the progress bar as fast as it can while the GUI thread
+// keeps repainting them: no crash, no torn text, and the last values are the ones shown.
+#include <gtest/gtest.h>
+#include <wx/frame.h>
+
+#include <algorithm>
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/common/WxTestHelpers.h"
+#include "ui/UIControls.h"
+
+namespace {
+
+const std::vector<std::string> kTexts = {
+    "Copying files...",
+    "",
+    "Upgrade successful...\nRestarting application",
+    "Could not copy files (05)",
+    std::string(300, 'x'),
+    "\xe8\xbd\xaf\xe4\xbb\xb6\xe5\x8d\x87\xe7\xba\xa7...",  // CJK text, several bytes per glyph
+    "Done...",
+};
+
+class CCheckingField : public CTextField {
+public:
+    using CTextField::CTextField;
+    int paints = 0;
+    int foreign = 0;  // painted texts that were never set
+    std::string lastPainted;
+
+protected:
+    void PaintText(wxDC& dc, const wxRect& area, const std::string& text) override {
+        ++paints;
+        lastPainted = text;
+        if (std::find(kTexts.begin(), kTexts.end(), text) == kTexts.end()) ++foreign;
+        CTextField::PaintText(dc, area, text);
+    }
+};
+
+TEST(ControlsStress, WorkerSetsWhileTheGuiThreadPaints) {
+    auto* frame = new wxFrame(nullptr, wxID_ANY, "stress", wxPoint(0, 0), wxSize(800, 600), wxBORDER_NONE);
+    auto* field = new CCheckingField(frame, wxID_ANY, CRect(20, 300, 760, 110));
+    auto* bar = new CInstrumentProgressBase(frame, wxID_ANY, CRect(100, 200, 600, 56));
+    frame->Show();
+    vtxtest::Pump(20);
+
+    constexpr int kRounds = 5000;
+    std::atomic<bool> done{false};
+    std::thread worker([&] {
+        for (int i = 0; i < kRounds; ++i) {
+            field->SetText(kTexts[i % kTexts.size()]);
+            bar->SetRange(100 + i % 3);
+            bar->SetValue(i % 101);
+        }
+        done.store(true);
+    });
+
+    int heldForeign = 0;
+    int loops = 0;
+    while (!done.load()) {
+        const std::string held = field->GetText();
+        if (std::find(kTexts.begin(), kTexts.end(), held) == kTexts.end() && !held.empty()) ++heldForeign;
+        const int value = bar->GetValue();
+        EXPECT_TRUE(value >= 0 && value <= 100) << value;
+        field->Refresh(false);
+        bar->Refresh(false);
+        field->Update();
+        bar->Update();
+        vtxtest::Pump(1);
+        ++loops;
+    }
+    worker.join();
+
+    const std::string last = kTexts[(kRounds - 1) % kTexts.size()];
+    EXPECT_EQ(field->GetText(), last);
+    EXPECT_EQ(bar->GetValue(), (kRounds - 1) % 101);
+    EXPECT_EQ(bar->GetRange(), 100 + (kRounds - 1) % 3);
+    // The last change is always followed by a repaint that shows it.
+    EXPECT_TRUE(vtxtest::WaitFor([&] { return field->lastPainted == last; }));
+    EXPECT_EQ(heldForeign, 0);
+    EXPECT_EQ(field->foreign, 0);
+    EXPECT_GT(field->paints, 0);
+    EXPECT_GT(loops, 0);
+
+    frame->Destroy();
+    vtxtest::Pump(20);
+}
+
+}  // namespace

@@ -1,0 +1,284 @@
+#include "update/ComputerControl.h"
+
+#include "foundation/DebugTrace.h"
+#include "foundation/TextFile.h"
+#include "update/SiteConfiguration.h"
+
+#include <wx/app.h>
+#include <wx/cursor.h>
+#include <wx/gdicmn.h>
+#include <wx/thread.h>
+#include <wx/utils.h>
+
+#include <X11/Xlib.h>
+#include <dirent.h>
+#include <glob.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <vector>
+
+const char* const kPrivilegedTool = "/home/vtx/bin/VtxSecret";
+const char* const kShutdownProgram = "/sbin/shutdown";
+
+namespace {
+
+const char* const kModule = "ComputerControl";
+
+std::mutex g_shutdownProgramMutex;
+std::string g_shutdownProgramOverride;
+
+// Escapes what the shell still interprets inside double quotes, so that a file name can never
+// end the quoting or run a command. Ordinary paths come out unchanged.
+std::string InDoubleQuotes(const std::string& text) {
+    std::string quoted("\"");
+    for (char c : text) {
+        if (c == '"' || c == '\\' || c == '$' || c == '`') quoted += '\\';
+        quoted += c;
+    }
+    quoted += '"';
+    return quoted;
+}
+
+// The same for a text inside single quotes: a quote closes, adds an escaped quote and reopens.
+std::string EscapeForSingleQuotes(const std::string& text) {
+    std::string escaped;
+    for (char c : text) {
+        if (c == '\'') {
+            escaped += "'\\''";
+        } else {
+            escaped += c;
+        }
+    }
+    return escaped;
+}
+
+// Stock cursor states; touched on the GUI thread only.
+bool g_busy = false;
+bool g_hidden = false;
+
+void ApplyNormalCursor() {
+    if (g_hidden) {
+        wxSetCursor(wxCursor(wxCURSOR_BLANK));
+    } else {
+        wxSetCursor(wxNullCursor);
+    }
+}
+
+// False when the call came from another thread; it was then passed on to the GUI thread.
+template <class Call>
+bool OnGuiThread(Call call) {
+    if (wxIsMainThread()) return true;
+    if (wxTheApp != nullptr) wxTheApp->CallAfter(call);
+    return false;
+}
+
+bool RemoveTree(const std::string& folder) {
+    DIR* dir = opendir(folder.c_str());
+    if (dir == nullptr) return false;
+    std::vector<std::string> entries;
+    while (const dirent* entry = readdir(dir)) {
+        const std::string name(entry->d_name);
+        if (name == "." || name == "..") continue;
+        entries.push_back(folder + "/" + name);
+    }
+    closedir(dir);
+
+    bool removed = true;
+    for (const std::string& path : entries) {
+        struct stat status {};
+        if (lstat(path.c_str(), &status) != 0) {
+            removed = false;
+        } else if (S_ISDIR(status.st_mode)) {
+            removed = RemoveTree(path) && removed;
+        } else if (unlink(path.c_str()) != 0) {
+            removed = false;
+        }
+    }
+    return rmdir(folder.c_str()) == 0 && removed;
+}
+
+}  // namespace
+
+std::string GetShutdownProgram() {
+    std::lock_guard<std::mutex> lock(g_shutdownProgramMutex);
+    return g_shutdownProgramOverride.empty() ? std::string(kShutdownProgram) : g_shutdownProgramOverride;
+}
+
+void SetShutdownProgramForTesting(const std::string& program) {
+    std::lock_guard<std::mutex> lock(g_shutdownProgramMutex);
+    g_shutdownProgramOverride = program;
+}
+
+int RunShellCommand(const std::string& command) {
+    const int status = std::system(command.c_str());
+    if (status == -1 || !WIFEXITED(status)) return -1;
+    return WEXITSTATUS(status);
+}
+
+bool ShutDownComputer(int mode) {
+    const std::string command = GetShutdownProgram() + " " + (mode == 2 ? "-r" : "-P") + " now ''";
+    const int status = RunShellCommand(command);
+    if (status == 0) return true;
+    if (status < 0) return false;
+    // Refused, typically for lack of rights.
+    return RunShellCommand(std::string(kPrivilegedTool) + " \"" + command + "\"") == 0;
+}
+
+bool SetComputerHostName(const std::string& name) {
+    const int status = std::system((std::string("/home/vtx/bin/VtxHostname ") + name).c_str());
+    VtxDebugTrace(kModule, "SetHostName", "SetHostName Res = %i\n", status);
+    return status == 0;
+}
+
+bool SetComputerSystemClock(const SInstrumentDateTime& dateTime) {
+    char command[96];
+    std::snprintf(command, sizeof command, "date -s \"%4u-%2u-%2u %2u:%2u:%2u\"", unsigned{dateTime.year},
+                  unsigned{dateTime.month}, unsigned{dateTime.day}, unsigned{dateTime.hour}, unsigned{dateTime.minute},
+                  unsigned{dateTime.second});
+    return RunShellCommand(command) == 0;
+}
+
+void ComputerBeep(unsigned frequency, unsigned length) {
+    RunShellCommand("beep -f " + std::to_string(frequency) + " -l " + std::to_string(length));
+}
+
+bool GetComputerDiskSpace(uint64_t& totalBlocks, uint64_t& freeBlocks, uint64_t& blockSize, double& scale) {
+    totalBlocks = freeBlocks = blockSize = 0;
+    scale = 0;
+    char program[4096];
+    const ssize_t length = readlink("/proc/self/exe", program, sizeof program - 1);
+    if (length <= 0) return false;
+    program[length] = '\0';
+    struct statvfs stats {};
+    if (statvfs(program, &stats) != 0) return false;
+    totalBlocks = stats.f_blocks;
+    freeBlocks = stats.f_bfree;
+    blockSize = stats.f_frsize != 0 ? stats.f_frsize : stats.f_bsize;
+    scale = 1.0;
+    return true;
+}
+
+uint32_t GetMillisecondsSinceFirstCall() {
+    static std::once_flag once;
+    static uint64_t base = 0;
+    auto now = [] {
+        timeval tv{};
+        gettimeofday(&tv, nullptr);
+        return static_cast<uint64_t>(tv.tv_sec) * 1000u + static_cast<uint64_t>(tv.tv_usec) / 1000u;
+    };
+    std::call_once(once, [&] { base = now(); });
+    return static_cast<uint32_t>(now() - base);
+}
+
+bool IsKeyboardLightOn() {
+    Display* display = XOpenDisplay(":0");
+    if (display == nullptr) return false;
+    XKeyboardState state{};
+    XGetKeyboardControl(display, &state);
+    XCloseDisplay(display);
+    return (state.led_mask & 4u) != 0;
+}
+
+void SetBusyCursor(bool busy) {
+    if (!OnGuiThread([busy] { SetBusyCursor(busy); })) return;
+    if (busy == g_busy) return;
+    g_busy = busy;
+    if (busy) {
+        wxBeginBusyCursor();
+    } else {
+        wxEndBusyCursor();
+        ApplyNormalCursor();
+    }
+}
+
+void SetCursorVisible(bool visible) {
+    if (!OnGuiThread([visible] { SetCursorVisible(visible); })) return;
+    if (visible == !g_hidden) return;
+    g_hidden = !visible;
+    // While busy, the waiting cursor stays; the new state shows when it ends.
+    if (!g_busy) ApplyNormalCursor();
+}
+
+SFirmwareIdentification GetFirmwareIdentification() {
+    auto firstLine = [](const char* path) {
+        CTextFileReader reader(256);
+        if (!reader.Open(path)) return std::string();
+        return reader.ReadLine();
+    };
+    SFirmwareIdentification id;
+    id.vendor = firstLine("/sys/class/dmi/id/bios_vendor");
+    id.version = firstLine("/sys/class/dmi/id/bios_version");
+    id.text = id.vendor;
+    if (!id.text.empty() && !id.version.empty()) id.text += ' ';
+    id.text += id.version;
+    return id;
+}
+
+bool CopyFile(const std::string& from, const std::string& to) {
+    return RunShellCommand("cp " + InDoubleQuotes(from) + " " + InDoubleQuotes(to)) == 0;
+}
+
+bool FileExists(const std::string& pattern) {
+    glob_t found{};
+    const bool exists = glob(pattern.c_str(), 0, nullptr, &found) == 0 && found.gl_pathc > 0;
+    globfree(&found);
+    return exists;
+}
+
+bool CreateFolder(const std::string& path) {
+    if (mkdir(path.c_str(), 0777) == 0) return true;
+    if (errno != EEXIST) return false;
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool RemoveFolderTree(const std::string& folder) {
+    // The folder itself is not followed either: a link in its place is refused.
+    struct stat status {};
+    if (lstat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return false;
+    return RemoveTree(folder);
+}
+
+std::string RunCommandOutput(const std::string& command, bool& ok) {
+    std::string output;
+    FILE* pipe = popen(command.c_str(), "r");
+    ok = pipe != nullptr;
+    if (pipe == nullptr) return output;
+    char piece[128];
+    size_t length = 0;
+    while ((length = std::fread(piece, 1, sizeof piece, pipe)) > 0) output.append(piece, length);
+    pclose(pipe);
+    return output;
+}
+
+int MountNetworkShare(const std::string& sharePath, const std::string& mountPoint, const std::string& userName,
+                      const std::string& password) {
+    // A mount point lies on another device than its parent, or is the root of its own.
+    struct stat point {}, parent {};
+    if (stat(mountPoint.c_str(), &point) == 0 && stat((mountPoint + "/..").c_str(), &parent) == 0 &&
+        (point.st_dev != parent.st_dev || point.st_ino == parent.st_ino)) {
+        return 0;
+    }
+
+    std::string share;
+    const size_t start = sharePath.find_first_not_of('/');
+    for (size_t i = start == std::string::npos ? sharePath.size() : start; i < sharePath.size(); ++i) {
+        if (sharePath[i] == ' ') {
+            share += "\\040";
+        } else {
+            share += sharePath[i];
+        }
+    }
+    const std::string line = std::string("//") + GetProductionFileServer() + "/" + share + " " + mountPoint +
+                             " cifs " + "username=" + userName + ",password=" + password;
+    RunShellCommand("/home/vtx/bin/append_fstab '" + EscapeForSingleQuotes(line) + ",noauto,user,rw 0 0'");
+    return RunShellCommand("mount " + mountPoint);
+}

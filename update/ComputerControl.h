@@ -1,0 +1,77 @@
+#pragma once
+// The thin layer over the instrument PC's operating system: power, host name, clock, speaker,
+// network share, disk space, firmware and keyboard state, and the small file operations of the
+// update. Shell commands are judged only by their exit status. Operations needing full rights go
+// through the privileged tool, which runs its one argument as a command.
+
+#include <cstdint>
+#include <string>
+
+// Date and time as the instrument's clock setting hands it over.
+struct SInstrumentDateTime {
+    uint16_t year = 0;
+    uint16_t month = 0;
+    uint16_t dayOfWeek = 0;
+    uint16_t day = 0;
+    uint16_t hour = 0;
+    uint16_t minute = 0;
+    uint16_t second = 0;
+    uint16_t millisecond = 0;
+};
+
+struct SFirmwareIdentification {
+    std::string vendor;   // first line of the BIOS vendor
+    std::string version;  // first line of the BIOS version
+    std::string text;     // "vendor version" (only the one that is present when the other is empty)
+};
+
+// "/home/vtx/bin/VtxSecret"
+extern const char* const kPrivilegedTool;
+// "/sbin/shutdown"
+extern const char* const kShutdownProgram;
+
+// mode 2 restarts, anything else powers off. When the plain command runs but fails, it is run
+// again through the privileged tool. True when one of the runs ended with exit code 0.
+bool ShutDownComputer(int mode);
+bool SetComputerHostName(const std::string& name);
+// Day of week and milliseconds are not used.
+bool SetComputerSystemClock(const SInstrumentDateTime& dateTime);
+void ComputerBeep(unsigned frequency, unsigned length);
+// Statistics of the file system holding the running program; scale is 1.0. On failure all four
+// are 0 and the result is false.
+bool GetComputerDiskSpace(uint64_t& totalBlocks, uint64_t& freeBlocks, uint64_t& blockSize, double& scale);
+// Wall-clock milliseconds since the first call (which returns 0).
+uint32_t GetMillisecondsSinceFirstCall();
+// The third keyboard light (bit 2 of the light mask) of display ":0"; false without a display.
+bool IsKeyboardLightOn();
+// The toolkit's stock waiting cursor or the normal one. Nothing happens when the state already
+// is the requested one. Calls from other threads are passed on to the GUI thread.
+void SetBusyCursor(bool busy);
+// A blank cursor over all windows, or the normal one; same rules as SetBusyCursor.
+void SetCursorVisible(bool visible);
+SFirmwareIdentification GetFirmwareIdentification();
+
+// Runs cp through the shell; the paths may hold any character.
+bool CopyFile(const std::string& from, const std::string& to);
+// True when the glob pattern matches at least one path.
+bool FileExists(const std::string& pattern);
+// Mode 0777; true when created or when the folder already existed.
+bool CreateFolder(const std::string& path);
+// Deletes the folder with everything in it; links inside are removed, never followed. True when
+// everything was removed.
+bool RemoveFolderTree(const std::string& folder);
+// Everything the command printed on its standard output; ok is false only when the command could
+// not be started.
+std::string RunCommandOutput(const std::string& command, bool& ok);
+// The C library's system(): the command's exit status, -1 when the shell could not run or the
+// command was ended by a signal.
+int RunShellCommand(const std::string& command);
+// Adds the share of the production file server to the file-system table and mounts it, unless
+// mountPoint already is a mount point (then 0). The mount command's exit status otherwise.
+int MountNetworkShare(const std::string& sharePath, const std::string& mountPoint, const std::string& userName,
+                      const std::string& password);
+
+// Test seams.
+std::string GetShutdownProgram();
+// Another program in place of kShutdownProgram; empty restores it.
+void SetShutdownProgramForTesting(const std::string& program);

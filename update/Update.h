@@ -1,0 +1,128 @@
+#pragma once
+// The update procedure: installs the build waiting in the new-build folder, keeps the old build
+// as a dated backup, repairs the runtime library link when needed, installs the optional font
+// package and auxiliary file, logs every step into the instrument's newest log file, copies that
+// log to the stick and reboots. A failure stops where it happened with a text and a two-digit
+// step code on the status line; nothing is undone and nothing is retried.
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "foundation/InstrumentEnums.h"
+#include "foundation/TextFile.h"
+#include "log/InstrumentLog.h"
+
+// What the procedure needs of its screen. Both are called from the procedure's worker thread.
+class CUpdateScreen {
+public:
+    virtual ~CUpdateScreen() = default;
+    virtual void ShowStatusText(const std::string& utf8) = 0;
+    virtual void ShowProgress(int value, int maximum) = 0;
+};
+
+// Step codes shown on the status line; 02 and 05 have never been used.
+enum eUpdateStepCode {
+    eCodeNoApplication = 1,
+    eCodeBackupFolder = 3,
+    eCodeBackupCopy = 4,
+    eCodeInstallCopy = 6,
+    eCodeRemoveNewBuild = 7,
+    eCodeNoLogFile = 8,
+    eCodeLogScan = 9,
+    eCodeLogOpen = 10,
+    eCodeLogPathEmpty = 11,
+    eCodeLogPathNoSeparator = 12,
+    eCodeLogCopy = 13,
+    eCodeLibraryCheckChinese = 14,
+    eCodeLibraryCheckStandard = 15,
+    eCodeLinkUnreadable = 16,
+    eCodeLinkNotCurrent = 17,
+    eCodeOperatingSystem = 18,
+};
+
+// Paths and commands of the procedure that are not location getters.
+extern const char* const kSystemLibraryLink;          // "/usr/lib/i386-linux-gnu/libstdc++.so.6"
+extern const char* const kSystemLibraryTarget;        // "/usr/lib/i386-linux-gnu/libstdc++.so.6.0.22"
+extern const char* const kChineseVariantMarker;       // "/opt/librime/"
+
+// "Disk error... (04)": text 168, three dots, a blank and the code in parentheses.
+std::string FormatStepCode(int code);
+// The backup name's time stamp from a modification time: DDMMYYYY_HHMM, local time.
+std::string FormatBackupTimeStamp(time_t modificationTime);
+// The log file's place on the stick: the mount point and the log path from its last "\" on,
+// or, without one, from its last "/" on. Empty when the path has neither.
+std::string StickPathOfLog(const std::string& logPath);
+
+class CUpdateProcedure {
+public:
+    explicit CUpdateProcedure(CUpdateScreen* screen);
+    virtual ~CUpdateProcedure();
+    CUpdateProcedure(const CUpdateProcedure&) = delete;
+    CUpdateProcedure& operator=(const CUpdateProcedure&) = delete;
+
+    // Read by the steps when they run, so a command delivered late still counts.
+    void SetSpecialCommand(eUpdateCommandLineSpecialCmdParamCmd command) { m_specialCommand = command; }
+    eUpdateCommandLineSpecialCmdParamCmd GetSpecialCommand() const { return m_specialCommand; }
+    bool IsReducedUpdate() const { return m_specialCommand == 1; }
+
+    // The worker thread's whole job: the steps, the full progress bar, and on success the
+    // success text, a pause and the reboot. Returns whether the steps succeeded.
+    bool RunClosingSequence();
+    bool RunUpdateProcedure();
+
+    bool OpenUpdateLog();
+    bool CopyAuxiliaryFiles();
+    bool CheckSystemLibraryLink();
+    bool IsSystemLibraryCurrent();
+    bool UpdateOperatingSystem();
+    bool BackUpOldVersion();
+    bool InstallNewVersion();
+    bool InstallFontPackage();
+    bool FinishUpdateLog();
+    // With reboot suppression: "Done..." and true; otherwise asks the privileged tool to reboot
+    // and answers false.
+    bool RebootInstrument();
+
+    // Moves the bar one notch: the maximum grows with the position, so the bar creeps on
+    // without ever claiming to be done; only the end of the run fills it.
+    void ProgressStep();
+    void FillProgress();
+    int GetProgressPosition() const { return m_progressPosition; }
+    int GetProgressMaximum() const { return m_progressMaximum; }
+
+    const std::string& GetLogPath() const { return m_logPath; }
+    const std::string& GetLogPrefix() const { return m_logPrefix; }
+
+    // The screen goes away before the procedure may have ended (program shutdown): from then on
+    // the procedure shows nothing. Waits for a screen call in progress to return.
+    void DetachScreen();
+    // How long the two pauses of the procedure last; the delivered program keeps 2000 ms.
+    void SetPauseMilliseconds(unsigned ms) { m_pauseMs = ms; }
+
+private:
+    void ShowStatus(const std::string& text);
+    void ShowCode(int code, const std::string& detail = std::string());
+    void ShowProgressValue();
+    void WriteLine(const std::string& line);
+    void WritePrefixedLine(const std::string& text);
+    void Pause();
+    bool RunPrivileged(const std::string& command);
+
+    std::mutex m_screenMutex;
+    CUpdateScreen* m_screen;
+    int m_progressPosition = 0;
+    int m_progressMaximum = 100;
+    CTextFileWriter m_logWriter;
+    std::string m_logPrefix;
+    std::string m_logPath;
+    std::atomic<eUpdateCommandLineSpecialCmdParamCmd> m_specialCommand{0};
+    unsigned m_pauseMs = 2000;
+    CLogClient m_log;
+};
+
+// The worker thread's function. Its argument is a heap-allocated
+// std::shared_ptr<CUpdateProcedure>, which the thread deletes; null returns 1 at once.
+unsigned long UpdateThreadMain(void* procedureHolder);
