@@ -35,17 +35,23 @@ build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
 check: build
-	cd $(BUILD) && ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
+	cd $(BUILD) && $(CTEST_ENV) ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
 
 rehearse: build
 	tools/rehearse $(REHEARSE_ARGS)
 
 # The whole suite under AddressSanitizer + UndefinedBehaviorSanitizer, and under ThreadSanitizer.
+# The suppression files list only what is proven to lie inside the toolkit's own libraries.
+SAN_ENV := ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 \
+           LSAN_OPTIONS=suppressions=$(CURDIR)/tools/lsan.supp:print_suppressions=0 \
+           UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+           TSAN_OPTIONS=suppressions=$(CURDIR)/tools/tsan.supp:halt_on_error=1:second_deadlock_stack=1
+
 asan:
-	$(MAKE) check BUILD=build-asan CMAKE_ARGS="-DVTX_SANITIZE=address -DCMAKE_BUILD_TYPE=Debug"
+	$(MAKE) check BUILD=build-asan CMAKE_ARGS="-DVTX_SANITIZE=address -DCMAKE_BUILD_TYPE=Debug" CTEST_ENV="$(SAN_ENV)"
 
 tsan:
-	$(MAKE) check BUILD=build-tsan CMAKE_ARGS="-DVTX_SANITIZE=thread -DCMAKE_BUILD_TYPE=Debug"
+	$(MAKE) check BUILD=build-tsan CMAKE_ARGS="-DVTX_SANITIZE=thread -DCMAKE_BUILD_TYPE=Debug" CTEST_ENV="$(SAN_ENV)"
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

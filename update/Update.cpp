@@ -145,7 +145,10 @@ bool CUpdateProcedure::RunClosingSequence() {
         return true;
     }
     m_log.LogEvent("Rebooting the instrument");
-    RunShellCommand(std::string(kPrivilegedTool) + " reboot");
+    const int status = RunShellCommand(std::string(kPrivilegedTool) + " reboot");
+    // Normally the machine goes down before anyone reads this; when it does not, the console
+    // tells the service engineer why the instrument is still on this screen.
+    m_log.LogEvent("The reboot command returned, exit status " + std::to_string(status));
     return true;
 }
 

@@ -1,0 +1,182 @@
+"""Power loss: the program is killed at each step of a full update (auxiliary file, font package,
+and in a second series the operating-system update), and the state it leaves is checked against
+the table that the README publishes for service engineers.
+
+    powerloss_e2e.py --table     prints that table (Markdown)
+"""
+
+import os
+import sys
+
+import update_e2e as e2e
+from update_e2e import BACKUP, check, font_package, keep_new_build, scenario
+
+e2e.GROUP[0] = "powerloss"
+
+# A stand-in for a command the procedure runs through the shell: at its Nth call it cuts the
+# power (kills the program) before, halfway through or right after doing its work.
+CUT = r"""
+count="$ROOT/record/{tool}.count"
+n=$(( $(cat "$count" 2>/dev/null || echo 0) + 1 )); echo $n > "$count"
+if [ $n -ne {nth} ]; then exec {real} "$@"; fi
+mode={mode}
+if [ $mode = half ]; then
+  src=$1; dst=$2; [ -d "$dst" ] && dst=$dst/$(basename "$src")
+  head -c $(( $(stat -c %s "$src") / 2 )) "$src" > "$dst"
+elif [ $mode = after ]; then
+  {real} "$@"
+fi
+kill -KILL "$(cat "$ROOT/record/pid")"
+exit 137
+"""
+
+
+def cut(tool, nth, mode):
+    real = {"cp": "/bin/cp", "tar": "/bin/tar", "ldd": "/usr/bin/ldd"}[tool]
+    return {tool: CUT.format(tool=tool, nth=nth, mode=mode, real=real)}
+
+
+def _full(run):
+    keep_new_build(run)
+    run.write("/media/usb/update/zip", b"auxiliary data\n" * 1000)
+    run.write("/media/usb/jfonts.tgz", font_package())
+
+
+def _os_update(run):
+    keep_new_build(run)
+    run.write("/media/usb/update/libstdc++.so.6.0.22", b"runtime library 6.0.22 from the stick\n" * 1000)
+
+
+def _kill_before(command):
+    def setup(run):
+        _os_update(run)
+        with open(os.path.join(run.root, "record", "privileged.kill"), "w") as f:
+            f.write(command + "\n")
+    return setup
+
+
+def state(run):
+    """What a service engineer finds after the power comes back."""
+    def compare(path, whole):
+        if not run.exists(path):
+            return "none"
+        return "complete" if run.read(path) == whole else "partial"
+    app = run.read("/home/vtx/Code/Application")
+    application = "old" if app == run.application_before else "new" if app in (run.new_build,) else "partial"
+    link = run.path("/mnt/root-ro/usr/lib/i386-linux-gnu/libstdc++.so.6")
+    return {
+        "application": application,
+        "backup": compare(BACKUP, run.application_before),
+        "new_folder": "present" if run.exists("/home/vtx/Code/NEW") else "removed",
+        "zip": compare("/home/vtx/Code/zip", b"auxiliary data\n" * 1000),
+        "fonts": "unpacked" if run.exists("/home/vtx/jfonts") else (
+            "copied" if run.exists("/home/vtx/jfonts.tgz") else "none"),
+        "runtime": "replaced" if os.path.islink(link) and os.readlink(link).endswith("6.0.22") else "old",
+        "stick_log": compare("/media/usb/instrument.log", run.read("/home/vtx/Code/instrument.log")),
+    }
+
+
+# (name, doc, sandbox layout, setup, stubs, expected state, what it means for service)
+POINTS = [
+    ("start", "during the first status pause", [], _full, {"sleep": ""}, None,
+     dict(application="old", backup="none", new_folder="present", zip="none", fonts="none", runtime="old",
+          stick_log="none"),
+     "Nothing changed. Repeat the update."),
+    ("auxiliary_copy", "halfway through copying the auxiliary file", [], _full, cut("cp", 1, "half"), None,
+     dict(application="old", backup="none", new_folder="present", zip="partial", fonts="none", runtime="old",
+          stick_log="none"),
+     "A partial `Code/zip` is left, and the next update keeps it (\"zip already copied\"): delete it, then repeat."),
+    ("os_update_copy", "OS update: before the runtime is copied into the root image", ["--link", "wrong"],
+     _kill_before(e2e.OS_COMMANDS[1]), {}, None,
+     dict(application="old", backup="none", new_folder="present", zip="none", fonts="none", runtime="old",
+          stick_log="none"),
+     "The root image was remounted writable only; the old runtime still works. Repeat the update."),
+    ("os_update_link", "OS update: before the runtime link is changed", ["--link", "wrong"],
+     _kill_before(e2e.OS_COMMANDS[2]), {}, None,
+     dict(application="old", backup="none", new_folder="present", zip="none", fonts="none", runtime="old",
+          stick_log="none"),
+     "The new runtime is in the root image, the link still points at the old one. Repeat the update."),
+    ("backup_copy", "halfway through the backup copy", [], _full, cut("cp", 2, "half"), None,
+     dict(application="old", backup="partial", new_folder="present", zip="complete", fonts="none", runtime="old",
+          stick_log="none"),
+     "The backup in `Code/Old` is partial; the running build is intact. Repeat the update: it rewrites the backup."),
+    ("library_check", "while the new build's libraries are checked", [], _full, cut("ldd", 1, "before"), None,
+     dict(application="old", backup="complete", new_folder="present", zip="complete", fonts="none", runtime="old",
+          stick_log="none"),
+     "Backup made, nothing installed. Repeat the update."),
+    ("install_copy", "halfway through copying the new build over the old one", [], _full, cut("cp", 3, "half"), None,
+     dict(application="partial", backup="complete", new_folder="present", zip="complete", fonts="none",
+          runtime="old", stick_log="none"),
+     "**The application is half written and will not start.** Copy `Code/NEW/Application` (still there) or the "
+     "backup `Code/Old/Application_<date>` to `Code/Application` by hand."),
+    ("install_done", "right after the new build was copied, before `Code/NEW` is removed", [], _full,
+     cut("cp", 3, "after"), None,
+     dict(application="new", backup="complete", new_folder="present", zip="complete", fonts="none", runtime="old",
+          stick_log="none"),
+     "The new build is installed and starts. `Code/NEW` is left: remove it, or repeat the update (it installs "
+     "the same build again, after backing up the new one)."),
+    ("font_copy", "halfway through copying the font package", [], _full, cut("cp", 4, "half"), None,
+     dict(application="new", backup="complete", new_folder="removed", zip="complete", fonts="copied",
+          runtime="old", stick_log="none"),
+     "New build installed. A partial `/home/vtx/jfonts.tgz` makes every later update skip the fonts: delete it, "
+     "then install the fonts by hand."),
+    ("font_unpack", "before the font package is unpacked", [], _full, cut("tar", 1, "before"), None,
+     dict(application="new", backup="complete", new_folder="removed", zip="complete", fonts="copied",
+          runtime="old", stick_log="none"),
+     "New build installed, fonts not unpacked, and later updates skip them: run `cd /home/vtx; tar xzf jfonts.tgz`."),
+    ("log_copy", "halfway through copying the log to the stick", [], _full, cut("cp", 5, "half"), None,
+     dict(application="new", backup="complete", new_folder="removed", zip="complete", fonts="unpacked",
+          runtime="old", stick_log="partial"),
+     "Everything installed; the log on the stick is partial, the instrument's log is whole."),
+    ("reboot", "when the reboot is asked for", [], _full, {}, "reboot",
+     dict(application="new", backup="complete", new_folder="removed", zip="complete", fonts="unpacked",
+          runtime="old", stick_log="complete"),
+     "Everything done; the new build starts at power-up."),
+]
+
+
+def _setup(base, stubs_sleep, kill_command):
+    def setup(run):
+        base(run)
+        if kill_command:
+            with open(os.path.join(run.root, "record", "privileged.kill"), "w") as f:
+                f.write(kill_command + "\n")
+    return setup
+
+
+SLEEP_CUT = 'kill -KILL "$(cat "$ROOT/record/pid")"; exit 137\n'
+
+
+def _expect(expected):
+    def expect(run):
+        got = state(run)
+        for key, want in expected.items():
+            check(got[key] == want, "%s is %s, expected %s" % (key, got[key], want))
+        check(run.read("/home/vtx/Code/instrument.log").startswith(run.log_before), "the log lost its old content")
+    return expect
+
+
+for _name, _doc, _layout, _base, _stubs, _kill, _expected, _meaning in POINTS:
+    if "sleep" in _stubs:
+        # The first pause runs inside the program; the power is cut from outside instead.
+        _sandbox = []
+        _inside = '( sleep 1; kill -KILL "$(cat "$ROOT/record/pid")" ) &\n'
+        _stubs = {}
+    else:
+        _sandbox, _inside = [], None
+    scenario("powerloss_" + _name, "power cut " + _doc, layout=_layout, sandbox=_sandbox, inside=_inside,
+             setup=_setup(_base, None, _kill), path_stubs=_stubs or None, killed=True)(_expect(_expected))
+
+
+def table():
+    out = ["| power cut | application | backup | `Code/NEW` | runtime link | what to do |",
+           "|---|---|---|---|---|---|"]
+    for name, doc, _l, _b, _s, _k, st, meaning in POINTS:
+        out.append("| %s | %s | %s | %s | %s | %s |" % (doc, st["application"], st["backup"], st["new_folder"],
+                                                     "changed" if st["runtime"] == "replaced" else "unchanged",
+                                                     meaning))
+    return "\n".join(out)
+
+
+if __name__ == "__main__" and "--table" in sys.argv:
+    print(table())
