@@ -13,6 +13,26 @@
 // ---------------------------------------------------------------------------------------------
 // CWorkerThread
 
+namespace {
+// The running threads, for a bounded wait at shutdown. Never destroyed: a detached thread may
+// finish while the process runs its static destructors.
+struct CRunningThreads {
+    std::mutex mutex;
+    std::condition_variable ended;
+    int count = 0;
+};
+CRunningThreads& RunningThreads() {
+    static CRunningThreads* running = new CRunningThreads;
+    return *running;
+}
+void CountThread(int delta) {
+    CRunningThreads& running = RunningThreads();
+    std::lock_guard<std::mutex> lock(running.mutex);
+    running.count += delta;
+    if (running.count == 0) running.ended.notify_all();
+}
+}  // namespace
+
 CWorkerThread::CWorkerThread(ThreadFunction function, void* argument) : m_function(function), m_argument(argument) {}
 
 CWorkerThread::~CWorkerThread() = default;
@@ -44,13 +64,16 @@ void CWorkerThread::ThreadMain(CWorkerThread* self) {
     }
     self->Entry();
     delete self;
+    CountThread(-1);
 }
 
 int CWorkerThread::Run() {
+    CountThread(+1);
     try {
         std::thread thread(&CWorkerThread::ThreadMain, this);
         thread.detach();  // from here on the thread owns this object
     } catch (const std::exception&) {
+        CountThread(-1);
         return wxTHREAD_NO_RESOURCE;
     }
     return wxTHREAD_NO_ERROR;
@@ -62,6 +85,18 @@ int StartWorkerThread(unsigned long (*function)(void*), void* argument, int prio
     const int error = thread->Run();
     if (error != wxTHREAD_NO_ERROR) delete thread;  // never started, so still ours
     return error;
+}
+
+int GetRunningWorkerThreadCount() {
+    CRunningThreads& running = RunningThreads();
+    std::lock_guard<std::mutex> lock(running.mutex);
+    return running.count;
+}
+
+bool WaitForWorkerThreads(uint32_t timeoutMs) {
+    CRunningThreads& running = RunningThreads();
+    std::unique_lock<std::mutex> lock(running.mutex);
+    return running.ended.wait_for(lock, std::chrono::milliseconds(timeoutMs), [&] { return running.count == 0; });
 }
 
 // ---------------------------------------------------------------------------------------------

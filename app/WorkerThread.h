@@ -46,6 +46,11 @@ private:
 // toolkit's thread error code (0 = no error).
 int StartWorkerThread(unsigned long (*function)(void*), void* argument, int priorityClass);
 
+// Worker threads that were started and whose function has not yet returned.
+int GetRunningWorkerThreadCount();
+// Waits at most timeoutMs for every worker thread's function to return; true when none is left.
+bool WaitForWorkerThreads(uint32_t timeoutMs);
+
 // A counting signal: each Signal lets one Wait through.
 class CEvent {
 public:

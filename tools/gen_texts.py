@@ -37,6 +37,9 @@ _ESCAPES = {"n": "\n", "r": "\r", "t": "\t", '"': '"', "\\": "\\"}
 _ID_RE = re.compile(r"^(0|[1-9][0-9]*)$")
 _KEYWORD_RE = re.compile(r"^(msgctxt|msgid|msgstr|msgid_plural|msgstr\[\d+\])\s+(.*)$")
 _IDENT_RE = re.compile(r"^[A-Za-z_][A-Za-z0-9_]*$")
+# Control characters other than the escapes \n \r \t: a NUL would silently cut the text short
+# in the generated table, the others are invisible damage from an editor.
+_CONTROL_RE = re.compile(r"[\x00-\x08\x0b\x0c\x0e-\x1f\x7f]")
 
 
 class PoError(Exception):
@@ -123,6 +126,10 @@ def _finish(po, entry, errors):
         # msgfmt would drop it silently; on the instrument it would be a
         # blank or stale text, so make someone look at it.
         errors.append(PoError(*where, "fuzzy entry: review the text and remove the fuzzy flag"))
+        return
+    bad = _CONTROL_RE.search(entry.msgstr)
+    if bad:
+        errors.append(PoError(*where, "control character U+%04X in msgstr" % ord(bad.group())))
         return
     if EMPTY_FLAG in entry.flags:
         if entry.msgid != EMPTY_MSGID:

@@ -19,41 +19,37 @@ TInstrumentViewItem<CInstrumentViewUpdate> s_updateViewItem(&GetCommandLineFunct
 }  // namespace
 
 CUIUpdate::CUIUpdate(wxWindow* parent, const CRect& viewRect) : CUIBase(parent, viewRect) {
-    const CRect body = GetBodyRect();
-    // The bar across the middle of the body, the status line below it.
-    const int margin = body.width / 12;
-    const int barHeight = 80;
-    const int barTop = body.y + body.height / 3 - barHeight / 2;
-    m_progressBar = new CInstrumentProgressBase(parent, CRect(body.x + margin, barTop, body.width - 2 * margin, barHeight));
-    const int statusTop = barTop + barHeight + body.height / 12;
-    m_statusLine = new CTextField(parent, CRect(body.x + margin, statusTop, body.width - 2 * margin,
-                                                body.y + body.height - statusTop - body.height / 12));
+    if (!parent) return;
+    m_progressBar = new CInstrumentProgressBase(parent, wxID_ANY, GetProgressBarRect());
+    m_statusLine = new CTextField(parent, wxID_ANY, GetStatusLineRect());
 }
 
 CUIUpdate::~CUIUpdate() = default;
 
-void CUIUpdate::ShowStatusText(const std::string& utf8) { m_statusLine->SetText(utf8); }
+void CUIUpdate::ShowStatusText(const std::string& utf8) {
+    if (m_statusLine) m_statusLine->SetText(utf8);
+}
 
 void CUIUpdate::ShowProgress(int value, int maximum) {
+    if (!m_progressBar) return;
     m_progressBar->SetRange(maximum);
     m_progressBar->SetValue(value);
 }
 
 CInstrumentViewUpdate::CInstrumentViewUpdate(const CInstrumentViewCreatorNeeds& needs)
     : CInstrumentViewBase<CInstrumentViewUpdate>(needs, "Update"),
-      CUIHeader(this, *needs.instrument->GetClientRect()),
-      CUIUpdate(this, *needs.instrument->GetClientRect()),
+      CUIHeader(HasWindow() ? this : nullptr, GetViewRect()),
+      CUIUpdate(HasWindow() ? this : nullptr, GetViewRect()),
       m_procedure(std::make_shared<CUpdateProcedure>(this)) {
     // The four ticks in their order, then the view's own command.
     m_tickIds[eTick100ms] = AddViewCommand(&CInstrumentViewUpdate::OnTick);
     m_tickIds[eTick1s] = AddViewCommand(&CInstrumentViewUpdate::OnTick);
     m_tickIds[eTick1min] = AddViewCommand(&CInstrumentViewUpdate::OnTick);
     m_tickIds[eTick2min] = AddViewCommand(&CInstrumentViewUpdate::OnTick);
-    AddViewCommand(&CInstrumentViewUpdate::OnUpdateCommand);
+    m_updateCommandId = AddViewCommand(&CInstrumentViewUpdate::OnUpdateCommand);
 
     SetTitle(GetText(eTextUpgradeInProgress) + "...");
-    GetProgressBar()->SetRange(100);
-    GetProgressBar()->SetValue(0);
+    ShowProgress(0, 100);
 
     g_updateSpecialCommandReceiver = this;
     GetCommandLineFunctor().SetParamReceiver(this);

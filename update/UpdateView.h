@@ -11,12 +11,10 @@
 #include "ui/UIControls.h"
 #include "update/Update.h"
 
-class CTextField;
-class CInstrumentProgressBase;
-
 // The page body of the update screen: the progress bar and the status line below it.
 class CUIUpdate : public CUIBase, public CUpdateScreen {
 public:
+    // parent null: a body without controls (a view without a window).
     CUIUpdate(wxWindow* parent, const CRect& viewRect);
     ~CUIUpdate() override;
 
@@ -25,12 +23,13 @@ public:
     void ShowStatusText(const std::string& utf8) override;
     void ShowProgress(int value, int maximum) override;
 
+    // Child windows of the view, which deletes them; null without a window.
     CTextField* GetStatusLine() const { return m_statusLine; }
     CInstrumentProgressBase* GetProgressBar() const { return m_progressBar; }
 
 private:
-    CInstrumentProgressBase* m_progressBar;  // child windows of the view: the view deletes them
-    CTextField* m_statusLine;
+    CInstrumentProgressBase* m_progressBar = nullptr;
+    CTextField* m_statusLine = nullptr;
 };
 
 class CInstrumentViewUpdate : public CInstrumentViewBase<CInstrumentViewUpdate>,
@@ -49,6 +48,8 @@ public:
     CUpdateProcedure& GetProcedure() { return *m_procedure; }
     // Whether this run has started the procedure (once per program run, whatever view object).
     static bool HasStartedProcedure();
+    // The view's own command, after the four ticks.
+    uint32_t GetUpdateCommandId() const { return m_updateCommandId; }
 
 private:
     bool OnTick(uint32_t id, uint32_t param);
@@ -56,6 +57,7 @@ private:
 
     // Shared with the worker thread, which may outlive the screen at shutdown.
     std::shared_ptr<CUpdateProcedure> m_procedure;
+    uint32_t m_updateCommandId = 0;
 };
 
 // The receiver most recently constructed; cleared at program start.

@@ -303,7 +303,8 @@ TEST_F(UIControls, BodyIsTheViewBelowTheHeaderWithRoomForBarAndStatusLine) {
 
 TEST_F(UIControls, ControlsBlendWithTheParentsBackGround) {
     // A field lower down shows the lower part of the parent's gradient.
-    const CColorRectGradient gradient(eGradientVertical, 0x000000, 0x0000ff);
+    // The field keeps the painter and may repaint after this test: the painter must outlive it.
+    static const CColorRectGradient gradient(eGradientVertical, 0x000000, 0x0000ff);
     auto* field = new CTextField(m_frame, wxID_ANY, CRect(0, 300, 50, 10));
     field->SetBackGroundPainter(&gradient);
     CCanvas canvas(50, 10);

@@ -36,7 +36,9 @@ void WriteFile(const std::string& path, const std::string& content, time_t mtime
 
 void Relink(const std::string& target) {
     unlink(kSystemLibraryLink);
-    if (!target.empty()) ASSERT_EQ(symlink(target.c_str(), kSystemLibraryLink), 0);
+    if (!target.empty()) {
+        ASSERT_EQ(symlink(target.c_str(), kSystemLibraryLink), 0);
+    }
 }
 
 class UpdateSteps : public ::testing::Test {

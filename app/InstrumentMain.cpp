@@ -1,0 +1,122 @@
+#include "app/InstrumentMain.h"
+
+#include <atomic>
+
+#include "app/CommandLine.h"
+#include "app/InstrumentBase.h"
+#include "app/InstrumentLayout.h"
+#include "app/InstrumentView.h"
+#include "app/ViewCommands.h"
+#include "app/ViewManager.h"
+#include "foundation/InstrumentSettings.h"
+#include "foundation/TextFile.h"
+#include "update/ComputerControl.h"
+#include "update/InstrumentLocations.h"
+
+// ---------------------------------------------------------------------------------------------
+// CInstrumentFactoryQC
+
+std::string CInstrumentFactoryQC::GetFilePath() {
+    return GetApplicationFolder() + GetPathSeparator() + "FactoryQC.vtx";
+}
+
+bool CInstrumentFactoryQC::Read() { return ReadFile(GetFilePath()); }
+
+bool CInstrumentFactoryQC::ReadFile(const std::string& path) {
+    m_values.clear();
+    CTextFileReader reader(1024);
+    if (!reader.Open(path)) return false;
+    static const std::string separator = " = ";
+    while (!reader.IsEof()) {
+        const std::string line = reader.ReadLine();
+        if (line.empty()) continue;
+        const std::string::size_type at = line.find(separator);
+        if (at == std::string::npos || at == 0) {
+            m_values.clear();
+            return false;
+        }
+        m_values[line.substr(0, at)] = line.substr(at + separator.size());
+    }
+    return true;
+}
+
+std::string CInstrumentFactoryQC::Get(const std::string& key) const {
+    const auto it = m_values.find(key);
+    return it == m_values.end() ? std::string() : it->second;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Ticks
+
+namespace {
+std::atomic<int32_t> g_tickCounter{0};
+
+const struct {
+    eViewTick tick;
+    uint32_t every;
+} kTicks[] = {{eTick100ms, 1}, {eTick1s, 10}, {eTick1min, 600}, {eTick2min, 1200}};
+}  // namespace
+
+bool PostDueTicks() {
+    CInstrumentViewInterface* view = GetActiveView();
+    if (!view) return false;
+    // Counted in unsigned arithmetic: after years of running the counter wraps instead of
+    // overflowing.
+    const uint32_t counter = static_cast<uint32_t>(g_tickCounter.load(std::memory_order_relaxed)) + 1u;
+    g_tickCounter.store(static_cast<int32_t>(counter), std::memory_order_relaxed);
+    for (const auto& entry : kTicks) {
+        if (counter % entry.every == 0)
+            PostViewCommand(view, static_cast<int32_t>(view->GetTickId(entry.tick)), 0);
+    }
+    return true;
+}
+
+int32_t GetTickCounter() { return g_tickCounter.load(std::memory_order_relaxed); }
+
+void SetTickCounter(int32_t value) { g_tickCounter.store(value, std::memory_order_relaxed); }
+
+// ---------------------------------------------------------------------------------------------
+// CInstrumentMain
+
+CInstrumentMain::CInstrumentMain(CInstrumentBase* drawingContext)
+    : CLogClient("Instrument View"), CEnumEventThreadHandler<unsigned long>(kIdleEvent, kTickMs, kStopEvent) {
+    m_specialCommand = GetSpecialCommandFromCommandLine();
+
+    // The views draw with their own instrument object over the same font, rectangle and parent.
+    static CRect viewRect = drawingContext && drawingContext->GetClientRect() ? *drawingContext->GetClientRect()
+                                                                                : CRect();
+    GetViewInstrumentBase().Delete();
+    GetViewInstrumentBase().Set(new CInstrumentBase(drawingContext ? drawingContext->GetDefaultFont() : nullptr,
+                                                    &viewRect,
+                                                    drawingContext ? drawingContext->GetParentWindow() : nullptr));
+
+    SetCursorVisible(false);
+
+    CInstrumentFactoryQC qc;
+    if (!qc.Read()) LogError("Could not find read QC file!");
+    if (!LoadSettings()) LogError("Could not load settings!");
+
+    GetInstrumentViewLayer().SelectDisplayVariant(GetDisplayVariant());
+
+    CInstrumentViewCreatorNeeds needs;
+    needs.instrument = GetViewInstrumentBase().Get();
+    needs.viewLayer = &GetInstrumentViewLayer();
+    needs.main = this;
+    if (CInstrumentViewManager* manager = CSingleton<CInstrumentViewManager>::GetInstance())
+        manager->CreateAllViews(needs);
+
+    GetCommandLineFunctor().Execute(m_specialCommand);
+
+    // The active view is set by now; from here on only the tick thread reads it.
+    m_tickThreadStarted = StartServing(kTickThreadPriorityClass) == 0;
+    if (!m_tickThreadStarted) LogError("Could not start the tick thread!");
+}
+
+CInstrumentMain::~CInstrumentMain() {
+    if (m_tickThreadStarted && !StopServing(kStopWaitMs)) LogWarning("The tick thread did not stop in time");
+    if (CInstrumentViewManager* manager = CSingleton<CInstrumentViewManager>::GetInstance())
+        manager->DestroyAllViews();
+    GetViewInstrumentBase().Delete();
+}
+
+void CInstrumentMain::OnEvent(unsigned long) { PostDueTicks(); }
