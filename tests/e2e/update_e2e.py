@@ -146,6 +146,11 @@ def scenario(name, doc, **kw):
     return register
 
 
+# The runtime link in the instrument's read-only root image, which the operating-system update
+# changes.
+ROOT_RO_RUNTIME_LINK = "/mnt/root-ro/usr/lib/i386-linux-gnu/libstdc++.so.6"
+
+
 def prepare(sc, root, extra_setup=None):
     """Lays out the sandbox root of a scenario; returns the Run."""
     subprocess.run([SANDBOX, "--root", root, "--init"] + sc.layout, check=True)
@@ -158,6 +163,8 @@ def prepare(sc, root, extra_setup=None):
         "/home/vtx/Code/instrument.log") else None
     run.application_before = run.read("/home/vtx/Code/Application") if run.exists(
         "/home/vtx/Code/Application") else None
+    link = run.path(ROOT_RO_RUNTIME_LINK)
+    run.runtime_link_before = os.readlink(link) if os.path.islink(link) else None
     return run
 
 
@@ -165,6 +172,7 @@ def execute(sc, run, program, use_display=False, extra_args=()):
     """Runs the program on the prepared root; returns the sandbox's console output."""
     root = run.root
     env = dict(os.environ)
+    env["HOME"] = "/home/vtx"  # the instrument's user
     cmd = [SANDBOX, "--root", root] + sc.sandbox
     if sc.inside:
         script = os.path.join(root, "inside-setup.sh")
@@ -245,13 +253,14 @@ def appended_lines(run):
 
 
 def log_is(run, expected, prefix=US_PREFIX):
-    """expected: lines; a line starting with 'P ' carries the date prefix before its text."""
+    """expected: lines; 'P <text>' is the date prefix followed by ' <text>' (the blank is the
+    log text's own)."""
     lines = appended_lines(run)
     check(len(lines) == len(expected), "log lines:\n%s\nexpected:\n%s" % ("\n".join(lines), "\n".join(expected)))
     for got, want in zip(lines, expected):
         if want.startswith("P "):
-            check(re.fullmatch(prefix + re.escape(want[2:]), got) is not None,
-                  "log line %r, expected prefix + %r" % (got, want[2:]))
+            check(re.fullmatch(prefix + re.escape(want[1:]), got) is not None,
+                  "log line %r, expected prefix + %r" % (got, want[1:]))
         else:
             check(got == want, "log line %r, expected %r" % (got, want))
 
@@ -652,15 +661,16 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--program")
     parser.add_argument("--list", action="store_true")
+    parser.add_argument("--names", action="store_true", help="list the scenario names only (for the build)")
     parser.add_argument("--group", help="only the scenarios of this group (update, faults, powerloss)")
     parser.add_argument("--keep", action="store_true", help="keep the sandbox roots")
     parser.add_argument("scenarios", nargs="*")
     a = parser.parse_args()
-    if a.list:
+    if a.list or a.names:
         for name, sc in SCENARIOS.items():
             if a.group and sc.group != a.group:
                 continue
-            print("%-34s %s" % (name, sc.doc))
+            print(name if a.names else "%-34s %s" % (name, sc.doc))
         return 0
     if not a.program:
         parser.error("--program is required to run scenarios")
