@@ -455,8 +455,27 @@ def _(run):
 # ---- failures: each leaves the program on its screen, with a full bar, and reboots nothing
 
 
+# Near the right end of the progress bar's inside on the 1024 x 768 test display, and the bar's
+# fill colour there.
+BAR_END_PIXEL = (880, 365)
+BAR_FILL = (58, 138, 206)
+
+
+def bar_full(run):
+    """The screenshot shows the progress bar filled to its end."""
+    shot = os.path.join(run.root, "record", "screen.png")
+    if not os.path.exists(shot) or not shutil.which("convert"):
+        return
+    x, y = BAR_END_PIXEL
+    out = subprocess.run(["convert", shot, "-crop", "1x1+%d+%d" % (x, y), "-depth", "8", "txt:-"],
+                         stdout=subprocess.PIPE).stdout.decode()
+    m = re.search(r"\((\d+),(\d+),(\d+)", out.splitlines()[-1] if out else "")
+    check(m is not None and tuple(int(v) for v in m.groups()) == BAR_FILL, "the progress bar is not full: %r" % out)
+
+
 def failed(run, status, log=None, old_intact=True, prefix=US_PREFIX):
     final_status(run, status)
+    bar_full(run)
     rebooted(run, False)
     check(run.session()[0] == "failed", "the procedure did not end as failed: %s" % run.session())
     if old_intact:
