@@ -158,7 +158,9 @@ for _name, _doc, _layout, _base, _stubs, _kill, _expected, _meaning in POINTS:
     if "sleep" in _stubs:
         # The first pause runs inside the program; the power is cut from outside instead.
         _sandbox = []
-        _inside = '( sleep 1; kill -KILL "$(cat "$ROOT/record/pid")" ) &\n'
+        # Cut as soon as the first status is shown: the procedure then pauses for 2 s.
+        _inside = ('( i=0; while [ $i -lt 600 ] && ! grep -q "Status: Copying files" "$ROOT/record/stderr.log" '
+                   '2>/dev/null; do sleep 0.05; i=$((i+1)); done; kill -KILL "$(cat "$ROOT/record/pid")" ) &\n')
         _stubs = {}
     else:
         _sandbox, _inside = [], None
