@@ -4,9 +4,22 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <mutex>
 #include <vector>
 
 bool VtxDebugTraceEnabled() {
+    // On its first log question a thread gets the toolkit's per-thread log state, and the very
+    // first such thread builds the lock that guards them all, behind a guard compiled into the
+    // toolkit. Those first questions are taken one at a time, so every later thread finds that
+    // lock fully built (and ThreadSanitizer sees why).
+    thread_local bool threadKnown = false;
+    if (!threadKnown) {
+        static std::mutex firstQuestion;
+        const std::lock_guard<std::mutex> lock(firstQuestion);
+        wxLog::IsEnabled();
+        wxLog::GetComponentLevel(wxASCII_STR(wxLOG_COMPONENT));
+        threadKnown = true;
+    }
     return wxLog::IsEnabled() && wxLog::IsLevelEnabled(wxLOG_Debug, wxASCII_STR(wxLOG_COMPONENT));
 }
 
