@@ -14,7 +14,7 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 gettext \
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
             clang libclang-rt-dev
 
-.PHONY: all deps configure build check rehearse asan tsan clean format
+.PHONY: all deps configure build check rehearse asan tsan clean format fuzz bench package
 
 all: build
 
@@ -40,6 +40,17 @@ check: build
 rehearse: build
 	tools/rehearse $(REHEARSE_ARGS)
 
+# The program against its yardsticks (bench/run-bench): start-up, whole update, memory, idle
+# cost and micro-benchmarks. More runs: make bench BENCH_ARGS="--runs 9".
+bench: configure
+	cmake --build $(BUILD) -j $(JOBS) --target update vtx_bench_minimal vtx_microbench
+	bench/run-bench --build $(BUILD) $(BENCH_ARGS)
+
+# The Debian package of the program (installs it as /home/vtx/Code/update), into $(BUILD).
+package: configure
+	cmake --build $(BUILD) -j $(JOBS) --target update
+	cd $(BUILD) && cpack -G DEB
+
 # The whole suite under AddressSanitizer + UndefinedBehaviorSanitizer, and under ThreadSanitizer.
 # The suppression files list only what is proven to lie inside the toolkit's own libraries.
 SAN_ENV := ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 \
@@ -52,6 +63,10 @@ asan:
 
 tsan:
 	$(MAKE) check BUILD=build-tsan CMAKE_ARGS="-DVTX_SANITIZE=thread -DCMAKE_BUILD_TYPE=Debug" CTEST_ENV="$(SAN_ENV)"
+
+# The libFuzzer targets with clang, each for VTX_FUZZ_SECONDS (default 60), into build-fuzz.
+fuzz: deps
+	tools/run-fuzz
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i

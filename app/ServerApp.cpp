@@ -1,10 +1,21 @@
 #include "app/ServerApp.h"
 
 #include <wx/display.h>
+#include <wx/eventfilter.h>
 #include <wx/log.h>
 
+#include <cxxabi.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
 #include "app/CommandLine.h"
@@ -32,6 +43,92 @@ void ReportToolkitAssert(const wxString& file, int line, const wxString& functio
     if (!message.empty()) text += ": " + std::string(message.utf8_str());
     LogInternalError(&ToolkitField(), text);
 }
+
+// The benchmarks' view of the screen (bench/run-bench). With VTX_BENCH_PAINTS in the environment,
+// every paint of a window is reported on stderr as "vtx-bench paint <seconds> <class>", and once
+// the first drawing pass has been handled, "vtx-bench first-paint <seconds>"; the seconds are
+// CLOCK_MONOTONIC, which the measuring script shares. The probe only watches: each paint goes on
+// to its window as usual. Without the variable nothing is installed.
+class CPaintProbe : public wxEventFilter {
+public:
+    int FilterEvent(wxEvent& event) override {
+        if (event.GetEventType() != wxEVT_PAINT) return Event_Skip;
+        Report("paint", ClassName(event.GetEventObject()));
+        if (!m_firstSeen && wxTheApp) {
+            m_firstSeen = true;
+            // Handled after the drawing pass that this paint belongs to, children included.
+            wxTheApp->CallAfter([] { Report("first-paint", std::string()); });
+        }
+        return Event_Skip;
+    }
+
+private:
+    static std::string ClassName(const wxObject* object) {
+        if (!object) return "?";
+        const char* mangled = typeid(*object).name();
+        int status = 0;
+        char* readable = abi::__cxa_demangle(mangled, nullptr, nullptr, &status);
+        std::string name = status == 0 && readable ? readable : mangled;
+        std::free(readable);
+        return name;
+    }
+    static void Report(const char* what, const std::string& detail) {
+        timespec now{};
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        char line[512];
+        const int length = std::snprintf(line, sizeof line, "vtx-bench %s %lld.%09ld%s%s\n", what,
+                                         static_cast<long long>(now.tv_sec), now.tv_nsec, detail.empty() ? "" : " ",
+                                         detail.c_str());
+        if (length <= 0) return;
+        // One write, so that the line is never split by a log line of another thread. A failed
+        // write has nowhere to be reported.
+        const size_t size = std::min(static_cast<size_t>(length), sizeof line - 1);
+        if (::write(STDERR_FILENO, line, size) < 0) return;
+    }
+
+    bool m_firstSeen = false;
+};
+CPaintProbe* g_paintProbe = nullptr;
+
+// The process arguments byte for byte, program name included; empty when they cannot be read.
+std::vector<std::string> ReadProcessArguments() {
+    std::ifstream in("/proc/self/cmdline", std::ios::binary);
+    const std::string all((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::vector<std::string> arguments;
+    std::string::size_type start = 0;
+    while (start < all.size()) {
+        std::string::size_type end = all.find('\0', start);
+        if (end == std::string::npos) end = all.size();
+        arguments.push_back(all.substr(start, end - start));
+        start = end + 1;
+    }
+    return arguments;
+}
+
+// The program arguments, program name first, as bytes. The toolkit's copies are not good enough:
+// they went through the locale's decoding, which drops an argument that is not valid there (bytes
+// that are not UTF-8 under a UTF-8 locale) or leaves one that cannot be encoded back (any
+// non-ASCII byte under the C locale), and a lost argument changes the parameter count. So the
+// process's own bytes are taken, leaving out only what the toolkit consumed as its own options
+// (--name=... and the like): a decodable argument that the toolkit no longer holds at that place.
+std::vector<std::string> GetProgramArguments(int argc, const wxCmdLineArgsArray& argv) {
+    const std::vector<std::string> process = ReadProcessArguments();
+    std::vector<std::string> arguments;
+    if (process.empty() || argc < 1) {
+        for (int i = 0; i < argc; ++i) arguments.emplace_back(argv[i].mb_str());
+        return arguments;
+    }
+    arguments.push_back(process[0]);
+    int held = 1;
+    for (size_t i = 1; i < process.size(); ++i) {
+        const wxString decoded(process[i].c_str(), wxConvLocal);
+        const bool undecodable = decoded.empty() && !process[i].empty();
+        const bool heldHere = !undecodable && held < argc && argv[held] == decoded;
+        if (heldHere) ++held;
+        if (undecodable || heldHere) arguments.push_back(process[i]);
+    }
+    return arguments;
+}
 }  // namespace
 
 CServerApp::~CServerApp() = default;
@@ -44,9 +141,12 @@ bool CServerApp::OnInit() {
     wxSetAssertHandler(&ReportToolkitAssert);
     SetSignalHandler(SIGTERM, &CServerApp::OnStopSignal);
     SetSignalHandler(SIGINT, &CServerApp::OnStopSignal);
+    if (std::getenv("VTX_BENCH_PAINTS") && !g_paintProbe) {
+        g_paintProbe = new CPaintProbe;
+        wxEvtHandler::AddFilter(g_paintProbe);
+    }
 
-    std::vector<std::string> arguments;
-    for (int i = 0; i < argc; ++i) arguments.emplace_back(argv[i].mb_str());
+    std::vector<std::string> arguments = GetProgramArguments(argc, argv);
     std::vector<char*> pointers;
     for (std::string& argument : arguments) pointers.push_back(&argument[0]);
     pointers.push_back(nullptr);
@@ -63,6 +163,11 @@ void CServerApp::CleanUp() {
         CMainFrame* frame = g_mainFrame;
         g_mainFrame = nullptr;
         delete frame;
+    }
+    if (g_paintProbe) {
+        wxEvtHandler::RemoveFilter(g_paintProbe);
+        delete g_paintProbe;
+        g_paintProbe = nullptr;
     }
     // The tick thread has ended with the main controller. A worker that is still busy (the update
     // procedure in a long command) may log until the process ends, so its sink stays then.

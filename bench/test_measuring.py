@@ -1,0 +1,167 @@
+#!/usr/bin/env python3
+"""Checks that keep bench/run-bench honest; nothing here asserts a time.
+
+- bench/update-steps.sh, the yardstick of the whole-update time, must leave the instrument and the
+  stick exactly as the program does, on the paths the benchmark takes and on the others it knows.
+- Both programs must report their paints the way run-bench reads them, and the update program
+  must stay silent about paints unless asked.
+
+Runs on the current X display (tools/with-xvfb gives one):
+    test_measuring.py --program build/update --minimal build/bench/vtx_bench_minimal
+"""
+
+import hashlib
+import importlib.machinery
+import importlib.util
+import json
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+REPO = os.path.dirname(HERE)
+sys.path.insert(0, os.path.join(REPO, "tests", "e2e"))
+import update_e2e as e2e  # noqa: E402
+
+RUN_BENCH = os.path.join(HERE, "run-bench")
+STEPS = os.path.join(HERE, "update-steps.sh")
+PROGRAMS = {}
+LOG_PREFIX = re.compile(rb"^(%s|%s)" % (e2e.US_PREFIX.encode(), e2e.EU_PREFIX.encode()), re.M)
+
+
+def load_run_bench():
+    loader = importlib.machinery.SourceFileLoader("run_bench", RUN_BENCH)
+    spec = importlib.util.spec_from_loader("run_bench", loader)
+    module = importlib.util.module_from_spec(spec)
+    loader.exec_module(module)
+    return module
+
+
+def instrument_state(run):
+    """Every file on the instrument and the stick, the logs with their date prefixes blanked."""
+    state = {}
+    for area in ("/home/vtx/", "/media/usb/", "/mnt/root-ro/", "/usr/lib/i386-linux-gnu/", "/opt/"):
+        base = run.path(area)
+        for folder, dirs, names in os.walk(base):
+            for name in names + [d for d in dirs if os.path.islink(os.path.join(folder, d))]:
+                path = os.path.join(folder, name)
+                key = area + os.path.relpath(path, base)
+                if key.startswith("/home/vtx/bin/"):
+                    continue  # the sandbox's stand-in tools, which name their own root
+                if os.path.islink(path):
+                    state[key] = "-> " + os.readlink(path)
+                    continue
+                with open(path, "rb") as f:
+                    data = f.read()
+                if name.endswith(".log"):
+                    data = LOG_PREFIX.sub(b"<date>", data)
+                state[key] = hashlib.sha256(data).hexdigest()[:16]
+    return state
+
+
+class ReferenceScript(unittest.TestCase):
+    """The script and the program, each on its own copy of the same layout."""
+
+    def outcome(self, scenario, use_script):
+        """What the run left, each file told by the layout file whose content it has (the layouts
+        hold generated data that differs from one copy to the next), else by its content."""
+        root = tempfile.mkdtemp(prefix="vtx-bench-test-")
+        try:
+            run = e2e.prepare(scenario, root)
+            origin = {}
+            for path, digest in sorted(instrument_state(run).items(), reverse=True):
+                origin[digest] = "as laid out at " + path
+            if use_script:
+                env = dict(os.environ, HOME="/home/vtx")
+                subprocess.run([e2e.SANDBOX, "--root", root, "--", "/bin/sh", STEPS], env=env,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            else:
+                e2e.execute(scenario, run, PROGRAMS["update"], use_display=True)
+            files = {path: origin.get(digest, digest) for path, digest in instrument_state(run).items()}
+            return {"files": files, "privileged": run.privileged(),
+                    "rebooted": os.path.exists(os.path.join(root, "record", "reboot"))}
+        finally:
+            shutil.rmtree(root, ignore_errors=True)
+
+    def assert_same(self, scenario):
+        program = self.outcome(scenario, use_script=False)
+        script = self.outcome(scenario, use_script=True)
+        self.assertEqual(program["privileged"], script["privileged"])
+        self.assertEqual(program["rebooted"], script["rebooted"])
+        differing = sorted(k for k in set(program["files"]) | set(script["files"])
+                           if program["files"].get(k) != script["files"].get(k))
+        self.assertEqual(differing, [], "files that the script leaves otherwise than the program")
+
+    def test_full_update_as_benchmarked(self):
+        self.assert_same(load_run_bench().happy_layout())
+
+    def test_operating_system_update(self):
+        self.assert_same(e2e.SCENARIOS["relative_link"])
+
+    def test_chinese_variant_and_day_first_log(self):
+        sc = e2e.Scenario("chinese_eu", "", layout=["--chinese"], setup=e2e.SCENARIOS["day_first_prefix"].setup)
+        self.assert_same(sc)
+
+
+class PaintReports(unittest.TestCase):
+    def inside(self, *args):
+        """run-bench's measuring part, in a sandbox; its JSON answer."""
+        root = tempfile.mkdtemp(prefix="vtx-bench-test-")
+        try:
+            env = dict(os.environ, HOME="/home/vtx")
+            subprocess.run([e2e.SANDBOX, "--root", root, "--init"], check=True)
+            proc = subprocess.run([e2e.SANDBOX, "--root", root, "--", sys.executable, RUN_BENCH, "--inside"] +
+                                  list(args), env=env, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            return json.loads(proc.stdout.decode().strip().splitlines()[-1])
+        finally:
+            shutil.rmtree(root, ignore_errors=True)
+
+    def test_both_programs_report_their_first_paint(self):
+        for name in ("update", "minimal"):
+            with self.subTest(program=name):
+                answer = self.inside("startup", PROGRAMS[name])
+                self.assertNotIn("error", answer)
+                # From exec to the first paint: positive, and well within the time allowed.
+                self.assertGreater(answer["startup"], 0)
+                self.assertLess(answer["startup"], 30)
+                self.assertGreater(answer["peak_rss_kib"], 1024)
+
+    def test_probe_only_when_asked_and_first_pass_once(self):
+        root = tempfile.mkdtemp(prefix="vtx-bench-test-")
+        try:
+            consoles = {}
+            for asked in (False, True):
+                run = e2e.prepare(e2e.SCENARIOS["code_08"], os.path.join(root, str(asked)))
+                env = dict(os.environ, HOME="/home/vtx")
+                if asked:
+                    env["VTX_BENCH_PAINTS"] = "1"
+                subprocess.run([e2e.SANDBOX, "--root", run.root, "--", e2e.SESSION, PROGRAMS["update"]], env=env,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                consoles[asked] = run.record("stderr.log").splitlines()
+        finally:
+            shutil.rmtree(root, ignore_errors=True)
+        self.assertFalse([line for line in consoles[False] if line.startswith("vtx-bench")])
+        reports = [line for line in consoles[True] if line.startswith("vtx-bench")]
+        self.assertEqual(sum(1 for line in reports if line.startswith("vtx-bench first-paint ")), 1)
+        painted = {line.split(" ", 3)[3] for line in reports if line.startswith("vtx-bench paint ")}
+        self.assertTrue({"CInstrumentViewUpdate", "CTextField", "CInstrumentProgressBase"} <= painted, painted)
+        # The failure text reached the screen: the status line was painted after it was set.
+        failed_at = next(i for i, line in enumerate(consoles[True]) if "Status: Disk error" in line)
+        self.assertTrue(any(line.startswith("vtx-bench paint ") and line.endswith(" CTextField")
+                            for line in consoles[True][failed_at:]))
+
+
+if __name__ == "__main__":
+    args = sys.argv[1:]
+    for flag, key in (("--program", "update"), ("--minimal", "minimal")):
+        if flag in args:
+            at = args.index(flag)
+            PROGRAMS[key] = os.path.abspath(args[at + 1])
+            del args[at:at + 2]
+    if set(PROGRAMS) != {"update", "minimal"}:
+        sys.exit("usage: test_measuring.py --program PATH --minimal PATH [unittest args]")
+    unittest.main(argv=[sys.argv[0]] + args)
