@@ -81,10 +81,12 @@ CInstrumentSettingsItemValue<unsigned short>::CInstrumentSettingsItemValue(int o
 
 void CInstrumentSettingsItemValue<unsigned short>::SetFromText(const wxString& text) {
     // The stream leaves the default in place when no number can be read; out-of-range numbers
-    // fail the same way instead of wrapping.
+    // fail the same way instead of wrapping. A negative number is out of range too, but the
+    // stream would wrap it round without complaint ("-1" as 65535), so the sign is refused first.
     unsigned short value = m_default;
     std::istringstream in(text.utf8_string());
-    if (!(in >> value)) value = m_default;
+    in >> std::ws;
+    if (in.peek() == '-' || !(in >> value)) value = m_default;
     m_value.Set(value);
 }
 void CInstrumentSettingsItemValue<unsigned short>::ResetToDefault(int) { m_value.Set(m_default); }

@@ -178,6 +178,10 @@ bool CInstrumentTime::ParseSettings(const std::string& text, CInstrumentTime& ou
     if (!parsed.ParseFormat(input, wxString(SettingsFormat()), wxDateTime(), &end) || end != input.end() ||
         !parsed.IsValid())
         return false;
-    out = CInstrumentTime(parsed);
+    // The toolkit moves a time that does not exist locally (the hour skipped when summer time
+    // begins) on to one that does; such a text names no time.
+    const CInstrumentTime result(parsed);
+    if (result.FormatSettings() != text) return false;
+    out = result;
     return true;
 }
