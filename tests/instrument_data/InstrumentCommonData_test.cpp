@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "log/InstrumentLog.h"
@@ -34,43 +35,25 @@ TEST(UnchangeableVariables, EqualityRules) {
     EXPECT_FALSE(type.IsEqual(eInstrumentKorvalin));
 }
 
-TEST(InstrumentIdentity, TypeNameAndCommonData) {
-    EXPECT_EQ(GetInstrumentTypeName(0), "Sealing");
-    EXPECT_EQ(GetInstrumentTypeName(2), "Zento");
+TEST(InstrumentIdentity, TypeNames) {
     EXPECT_EQ(GetInstrumentTypeName(4), "Korvalin");
     EXPECT_EQ(GetInstrumentTypeName(1), "Unknown (1)");
     EXPECT_EQ(GetInstrumentTypeName(7), "Unknown (7)");
     EXPECT_EQ(GetInstrumentTypeName(-3), "Unknown (-3)");
-
-    EXPECT_EQ(GetInstrumentType(), 0);
     EXPECT_EQ(GetInstrumentName(), "Korvalin Analyzer");
     SetInstrumentTypeForTesting(2);
-    EXPECT_EQ(GetInstrumentType(), 2);
     EXPECT_EQ(GetInstrumentName(), "Lumet Tandem COAG");
     SetInstrumentTypeForTesting(0);
-    EXPECT_EQ(GetInstrumentName(), "Korvalin Analyzer");
-
-    CInstrumentCommonDataManager::CInstrumentCommonData* data = GetInstrumentCommonDataManager().GetCommonData();
-    ASSERT_NE(data, nullptr);
-    EXPECT_TRUE(data->GetInstrumentTypeVariable().IsEqual(eInstrumentKorvalin));
-    EXPECT_TRUE(data->GetIncubationTemperatureVariable().IsEqual(37.0));
-    EXPECT_EQ(data->GetKorvalinType().Get(), eKorvalinStandard);
-    EXPECT_EQ(data->GetKorvalinType().Next(), eKorvalinPlus);
-    EXPECT_EQ(data->GetKorvalinType().Next(), eKorvalinStandard);  // wraps
 }
 
-class CRecordingObserver : public CInstrumentVirginizeObserver {
-public:
-    CRecordingObserver(std::vector<std::string>& record, std::string name)
-        : m_record(record), m_name(std::move(name)) {}
+struct CRecordingObserver : CInstrumentVirginizeObserver {
+    CRecordingObserver(std::vector<std::string>& record, std::string name) : record(record), name(std::move(name)) {}
     void OnVirginizeSecond(const CTraceField* trace) override {
-        m_record.push_back(m_name + " second " + (trace ? trace->GetName() : "-"));
+        record.push_back(name + " second " + (trace ? trace->GetName() : "-"));
     }
-    void OnVirginizeThird(const CTraceField*) override { m_record.push_back(m_name + " third"); }
-
-private:
-    std::vector<std::string>& m_record;
-    std::string m_name;
+    void OnVirginizeThird(const CTraceField*) override { record.push_back(name + " third"); }
+    std::vector<std::string>& record;
+    std::string name;
 };
 
 // The first notification resets the instrument's settings files, so it runs in the sandbox tests.

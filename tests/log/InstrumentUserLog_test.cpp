@@ -1,141 +1,78 @@
 #include "log/InstrumentUserLog.h"
 
+#include "foundation/InstrumentTime.h"
+#include "tests/foundation/TestFiles.h"
+#include "tests/foundation/TraceCapture.h"
+
 #include <gtest/gtest.h>
-#include <wx/log.h>
 
-#include <unistd.h>
-
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "foundation/InstrumentTime.h"
-
 namespace {
 
-class TempFolder {
-public:
-    TempFolder() {
-        std::string pattern = std::string(std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") + "/vtxulog.XXXXXX";
-        m_path = mkdtemp(&pattern[0]) ? pattern : std::string();
+// The lines of the file without their CR LF; every line must have one.
+std::vector<std::string> Lines(const std::string& path) {
+    std::istringstream in(vtxtest::ReadFile(path));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(in, line);) {
+        EXPECT_TRUE(!line.empty() && line.back() == '\r') << line;
+        if (!line.empty()) line.pop_back();
+        lines.push_back(line);
     }
-    ~TempFolder() {
-        if (!m_path.empty()) std::system(("rm -rf '" + m_path + "'").c_str());
-    }
-    std::string File(const std::string& name) const { return m_path + "/" + name; }
-
-private:
-    std::string m_path;
-};
-
-std::string ReadBytes(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return lines;
 }
-
-// The entry as written at one of the two moments around the call (a minute may turn over).
-void ExpectEntry(const std::string& actual, const std::string& before, const std::string& after,
-                 const std::string& bodyAfterStamp) {
-    if (actual == before + bodyAfterStamp) return;
-    EXPECT_EQ(actual, after + bodyAfterStamp);
-}
-
-class CCaptureLog : public wxLog {
-public:
-    std::vector<std::string> messages, files, functions;
-
-protected:
-    void DoLogRecord(wxLogLevel level, const wxString& msg, const wxLogRecordInfo& info) override {
-        if (level != wxLOG_Debug) return;
-        messages.push_back(msg.utf8_string());
-        files.push_back(info.filename ? info.filename : "");
-        functions.push_back(info.func ? info.func : "");
-    }
-};
 
 // The debug copies of the entries go to a capture instead of the console.
 class UserLog : public ::testing::Test {
 protected:
-    void SetUp() override {
-        m_capture = new CCaptureLog;
-        m_previous = wxLog::SetActiveTarget(m_capture);
-    }
-    void TearDown() override {
-        wxLog::FlushActive();  // entries logged by other threads wait for the main thread
-        wxLog::SetActiveTarget(m_previous);
-        delete m_capture;
-    }
-    CCaptureLog* m_capture = nullptr;
-    wxLog* m_previous = nullptr;
+    void SetUp() override { ASSERT_FALSE(m_folder.Path().empty()); }
+    void TearDown() override { wxLog::FlushActive(); }  // entries of other threads wait for this one
+    vtxtest::CTestFolder m_folder;
+    vtxtest::CTraceCapture m_capture;
 };
 
 TEST_F(UserLog, EntriesAreAppendedWithStampAndCrLf) {
-    TempFolder folder;
-    const std::string path = folder.File("UserLog.vtx");
+    const std::string path = m_folder / "UserLog.vtx";
+    ASSERT_TRUE(vtxtest::WriteFile(path, "01012019 0000\told entry\r\n"));
     const std::string before = CInstrumentTime::Now().FormatSettings();
-    ASSERT_TRUE(AddUserLogEntryToFile(path, "Update started"));
-    std::string after = CInstrumentTime::Now().FormatSettings();
-    ASSERT_EQ(before.size(), 13u);
-    ExpectEntry(ReadBytes(path), before, after, "\tUpdate started\r\n");
+    for (const char* text : {"Update started", "a\nb", "one\n", "x\r\ny\n\nz", "", static_cast<const char*>(nullptr)})
+        EXPECT_TRUE(AddUserLogEntryToFile(path, text));
+    const std::string after = CInstrumentTime::Now().FormatSettings();
 
-    const std::string first = ReadBytes(path);
-    const std::string before2 = CInstrumentTime::Now().FormatSettings();
-    ASSERT_TRUE(AddUserLogEntryToFile(path, "a\nb"));
-    after = CInstrumentTime::Now().FormatSettings();
-    const std::string all = ReadBytes(path);
-    ASSERT_EQ(all.compare(0, first.size(), first), 0);
-    ExpectEntry(all.substr(first.size()), before2, after, "\t--- Multi-line ---\r\n -> a\r\n -> b\r\n");
-}
-
-TEST_F(UserLog, LineBreakVariants) {
-    TempFolder folder;
-    const std::string path = folder.File("u.vtx");
-    AddUserLogEntryToFile(path, "one\n");
-    AddUserLogEntryToFile(path, "x\r\ny\n\nz");
-    AddUserLogEntryToFile(path, "");
-    AddUserLogEntryToFile(path, nullptr);
-    std::istringstream in(ReadBytes(path));
-    std::vector<std::string> tails;
-    std::string line;
-    while (std::getline(in, line)) {
-        ASSERT_FALSE(line.empty());
-        ASSERT_EQ(line.back(), '\r');
-        line.pop_back();
-        const std::string::size_type tab = line.find('\t');
-        tails.push_back(tab == std::string::npos ? line : line.substr(tab));
+    // Stamps are those of one of the two moments around the calls (a minute may turn over).
+    std::string text;
+    for (std::string line : Lines(path)) {
+        if (line.compare(0, 4, " -> ") != 0 && line.compare(0, 13, "01012019 0000") != 0) {
+            EXPECT_TRUE(line.compare(0, 13, before) == 0 || line.compare(0, 13, after) == 0) << line;
+            line.replace(0, 13, "S");
+        }
+        text += line + "\n";
     }
-    EXPECT_EQ(tails, (std::vector<std::string>{"\tone", "\t--- Multi-line ---", " -> x", " -> y", " -> z", "\t",
-                                               "\t"}));
+    EXPECT_EQ(text,
+              "01012019 0000\told entry\nS\tUpdate started\nS\t--- Multi-line ---\n -> a\n -> b\nS\tone\n"
+              "S\t--- Multi-line ---\n -> x\n -> y\n -> z\nS\t\nS\t\n");
 }
 
-TEST_F(UserLog, UnwritableFileLosesTheEntryQuietly) {
-    TempFolder folder;
-    EXPECT_FALSE(AddUserLogEntryToFile(folder.File("missing/UserLog.vtx"), "lost"));
-    EXPECT_EQ(GetUserLogFilePath(), "/home/vtx/Code/UserLog.vtx");
-}
-
-TEST_F(UserLog, EntryAlsoGoesToTheDebugLog) {
-    TempFolder folder;
-    const wxLogLevel level = wxLog::GetLogLevel();
-    wxLog::SetLogLevel(wxLOG_Max);
-    AddUserLogEntryToFile(folder.File("u.vtx"), "Upgrade successful");
+TEST_F(UserLog, EntryAlsoGoesToTheDebugLogAndIsLostQuietlyWhenUnwritable) {
+    EXPECT_FALSE(AddUserLogEntryToFile(m_folder / "missing/UserLog.vtx", "lost"));
+    AddUserLogEntryToFile(m_folder / "u.vtx", "Upgrade successful");
     wxLog::SetLogLevel(wxLOG_Info);
-    AddUserLogEntryToFile(folder.File("u.vtx"), "not traced");
-    wxLog::SetLogLevel(level);
-    ASSERT_EQ(m_capture->messages.size(), 1u);
-    EXPECT_NE(m_capture->messages[0].find("Upgrade successful"), std::string::npos);
-    EXPECT_EQ(m_capture->files[0], "InstrumentUserLog");
-    EXPECT_EQ(m_capture->functions[0], "AddUserLogEntry");
+    AddUserLogEntryToFile(m_folder / "u.vtx", "not traced");
+    wxLog::SetLogLevel(wxLOG_Max);
+    ASSERT_EQ(m_capture.Records().size(), 2u);
+    const auto& record = m_capture.Records()[1];
+    EXPECT_NE(record.text.find("Upgrade successful"), std::string::npos);
+    EXPECT_EQ(record.level, wxLOG_Debug);
+    EXPECT_EQ(record.module, "InstrumentUserLog");
+    EXPECT_EQ(record.function, "AddUserLogEntry");
 }
 
 TEST_F(UserLog, EntriesOfManyThreadsNeverInterleave) {
-    TempFolder folder;
-    const std::string path = folder.File("UserLog.vtx");
+    const std::string path = m_folder / "UserLog.vtx";
     const int threads = 8, perThread = 60;
     std::vector<std::thread> workers;
     for (int t = 0; t < threads; ++t) {
@@ -150,20 +87,11 @@ TEST_F(UserLog, EntriesOfManyThreadsNeverInterleave) {
     }
     for (auto& w : workers) w.join();
 
-    std::istringstream in(ReadBytes(path));
-    std::vector<std::string> lines;
-    std::string line;
-    while (std::getline(in, line)) {
-        ASSERT_FALSE(line.empty());
-        ASSERT_EQ(line.back(), '\r');
-        line.pop_back();
-        lines.push_back(line);
-    }
+    const std::vector<std::string> lines = Lines(path);
     std::map<std::string, int> entries;
     for (size_t i = 0; i < lines.size(); ++i) {
-        const std::string::size_type tab = lines[i].find('\t');
-        ASSERT_EQ(tab, 13u) << lines[i];
-        const std::string body = lines[i].substr(tab + 1);
+        ASSERT_EQ(lines[i].find('\t'), 13u) << lines[i];
+        const std::string body = lines[i].substr(14);
         if (body == "--- Multi-line ---") {
             ASSERT_LT(i + 3, lines.size());
             const std::string tag = lines[i + 1].substr(4, lines[i + 1].find(' ', 4) - 4);

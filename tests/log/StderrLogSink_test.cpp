@@ -1,13 +1,12 @@
 #include "log/StderrLogSink.h"
 
+#include "tests/foundation/TestFiles.h"
+
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <sstream>
 #include <string>
@@ -15,18 +14,6 @@
 #include <vector>
 
 namespace {
-
-std::string TempFile() {
-    std::string pattern = std::string(std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") + "/vtxsink.XXXXXX";
-    const int fd = mkstemp(&pattern[0]);
-    if (fd >= 0) ::close(fd);
-    return pattern;
-}
-
-std::string ReadBytes(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 class CFileSink : public CStderrLogSink {
 public:
@@ -46,8 +33,8 @@ TEST(StderrLogSink, OneLinePerMessage) {
     EXPECT_EQ(CStderrLogSink::FormatLine(42, "S", ""), "Unknown Type [S] \n");
 
     // The real thing goes to descriptor 2.
-    const std::string path = TempFile();
-    const int fd = ::open(path.c_str(), O_WRONLY | O_TRUNC);
+    vtxtest::CTestFolder folder;
+    const int fd = ::open((folder / "stderr").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     ASSERT_GE(fd, 0);
     const int saved = ::dup(2);
     ::dup2(fd, 2);
@@ -59,13 +46,12 @@ TEST(StderrLogSink, OneLinePerMessage) {
     ::dup2(saved, 2);
     ::close(saved);
     ::close(fd);
-    EXPECT_EQ(ReadBytes(path), "Warning [] two\\nlines\n");
-    ::unlink(path.c_str());
+    EXPECT_EQ(vtxtest::ReadFile(folder / "stderr"), "Warning [] two\\nlines\n");
 }
 
 TEST(StderrLogSink, LinesOfManyThreadsNeverMix) {
-    const std::string path = TempFile();
-    const int fd = ::open(path.c_str(), O_WRONLY | O_TRUNC | O_APPEND);
+    vtxtest::CTestFolder folder;
+    const int fd = ::open((folder / "log").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
     ASSERT_GE(fd, 0);
     const int threads = 8, perThread = 300;
     {
@@ -82,10 +68,9 @@ TEST(StderrLogSink, LinesOfManyThreadsNeverMix) {
     }
     ::close(fd);
 
-    std::istringstream in(ReadBytes(path));
-    std::string line;
+    std::istringstream in(vtxtest::ReadFile(folder / "log"));
     std::set<std::string> seen;
-    while (std::getline(in, line)) {
+    for (std::string line; std::getline(in, line);) {
         std::istringstream parts(line);
         std::string type, source, body;
         parts >> type >> source >> body;
@@ -97,7 +82,6 @@ TEST(StderrLogSink, LinesOfManyThreadsNeverMix) {
         seen.insert(source + body.substr(0, body.size() - expectedTail.size()));
     }
     EXPECT_EQ(seen.size(), static_cast<size_t>(threads * perThread));
-    ::unlink(path.c_str());
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 // $ROOT/record, and stand-ins for the system's tools come first on PATH.
 #include "update/ComputerControl.h"
 
-#include "tests/update_os/TestFolder.h"
+#include "tests/foundation/TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -52,18 +52,8 @@ protected:
 
 TEST_F(ComputerControlTools, ClockCommandIsBlankPadded) {
     StandIn("date");
-    SInstrumentDateTime dateTime;
-    dateTime.year = 2019;
-    dateTime.month = 3;
-    dateTime.dayOfWeek = 2;
-    dateTime.day = 5;
-    dateTime.hour = 9;
-    dateTime.minute = 4;
-    dateTime.second = 7;
-    dateTime.millisecond = 999;
+    SInstrumentDateTime dateTime{2019, 3, 2, 5, 9, 4, 7, 999};
     EXPECT_TRUE(SetComputerSystemClock(dateTime));
-    EXPECT_EQ(ReadFile(Args("date")), "[-s][2019- 3- 5  9: 4: 7]\n");
-
     StandIn("date", "exit 1");
     dateTime.month = 12;
     dateTime.day = 31;
@@ -76,38 +66,34 @@ TEST_F(ComputerControlTools, ShutdownFallsBackToThePrivilegedTool) {
     SetShutdownProgramForTesting("");
     EXPECT_EQ(GetShutdownProgram(), "/sbin/shutdown");
     SetShutdownProgramForTesting(m_bin / "shutdown");
-
-    // Refused both times.
-    StandIn("shutdown", "exit 1");
-    EXPECT_FALSE(ShutDownComputer(2));
-    EXPECT_EQ(Privileged(), m_bin / "shutdown -r now ''\n");
-    EXPECT_EQ(ReadFile(Args("shutdown")), "[-r][now][]\n[-r][now][]\n");
-
-    // Refused without rights, accepted through the privileged tool.
-    ASSERT_TRUE(WriteFile(m_record + "/privileged.log", ""));
-    ASSERT_TRUE(WriteFile(Args("shutdown"), ""));
-    StandIn("shutdown", "[ -e '" + (m_bin / "refused") + "' ] && exit 0; : > '" + (m_bin / "refused") + "'; exit 1");
-    EXPECT_TRUE(ShutDownComputer(0));
-    EXPECT_EQ(Privileged(), m_bin / "shutdown -P now ''\n");
-    EXPECT_EQ(ReadFile(Args("shutdown")), "[-P][now][]\n[-P][now][]\n");
-
-    // Accepted at once: the privileged tool is not needed.
-    ASSERT_TRUE(WriteFile(m_record + "/privileged.log", ""));
-    ASSERT_TRUE(WriteFile(Args("shutdown"), ""));
-    StandIn("shutdown");
-    EXPECT_TRUE(ShutDownComputer(2));
-    EXPECT_EQ(Privileged(), "");
-    EXPECT_EQ(ReadFile(Args("shutdown")), "[-r][now][]\n");
+    const std::string refusedOnce =
+        "[ -e '" + (m_bin / "refused") + "' ] && exit 0; : > '" + (m_bin / "refused") + "'; exit 1";
+    const struct {
+        int mode;
+        std::string script;
+        bool result;
+        std::string privileged, runs;
+    } cases[] = {
+        {0, "exit 1", false, m_bin / "shutdown -P now ''\n", "[-P][now][]\n[-P][now][]\n"},
+        {2, refusedOnce, true, m_bin / "shutdown -r now ''\n", "[-r][now][]\n[-r][now][]\n"},
+        {2, "exit 0", true, "", "[-r][now][]\n"},  // the privileged tool is not needed
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.script);
+        ASSERT_TRUE(WriteFile(m_record + "/privileged.log", ""));
+        ASSERT_TRUE(WriteFile(Args("shutdown"), ""));
+        StandIn("shutdown", c.script);
+        EXPECT_EQ(ShutDownComputer(c.mode), c.result);
+        EXPECT_EQ(Privileged(), c.privileged);
+        EXPECT_EQ(ReadFile(Args("shutdown")), c.runs);
+    }
 }
 
-TEST_F(ComputerControlTools, HostNameGoesThroughTheInstrumentsTool) {
+TEST_F(ComputerControlTools, HostNameAndBeep) {
     const std::string log = m_record + "/VtxHostname.log";
     ASSERT_TRUE(WriteFile(log, ""));
     EXPECT_TRUE(SetComputerHostName("vet-lab-3"));
     EXPECT_EQ(ReadFile(log), "vet-lab-3\n");
-}
-
-TEST_F(ComputerControlTools, BeepCommand) {
     StandIn("beep", "exit 4");
     ComputerBeep(440, 200);
     EXPECT_EQ(ReadFile(Args("beep")), "[-f][440][-l][200]\n");
@@ -116,28 +102,19 @@ TEST_F(ComputerControlTools, BeepCommand) {
 TEST_F(ComputerControlTools, NetworkShareIsAddedToTheFileSystemTableAndMounted) {
     const std::string fstab = m_record + "/append_fstab.log";
     ASSERT_TRUE(WriteFile(fstab, ""));
-    StandIn("mount");
+    StandIn("mount", "exit 32");
     CTestFolder mountPoint;
-    EXPECT_EQ(MountNetworkShare("QC Data/2019 run", mountPoint.Path(), "service", "s3cret"), 0);
+    // A quote in the password stays inside the one argument.
+    EXPECT_EQ(MountNetworkShare("QC Data/2019 run", mountPoint.Path(), "service", "it's"), 32);
     EXPECT_EQ(ReadFile(fstab), "//192.168.1.10/QC\\040Data/2019\\040run " + mountPoint.Path() +
-                                   " cifs username=service,password=s3cret,noauto,user,rw 0 0\n");
+                                   " cifs username=service,password=it's,noauto,user,rw 0 0\n");
     EXPECT_EQ(ReadFile(Args("mount")), "[" + mountPoint.Path() + "]\n");
 
-    // A quote in the password stays inside the one argument.
+    // A mount point already mounted is left alone: /media is a mount of its own in the sandbox,
+    // and / is the root of its file system.
     ASSERT_TRUE(WriteFile(fstab, ""));
-    StandIn("mount", "exit 32");
-    EXPECT_EQ(MountNetworkShare("/qc", mountPoint.Path(), "service", "it's"), 32);
-    EXPECT_EQ(ReadFile(fstab), "//192.168.1.10/qc " + mountPoint.Path() +
-                                   " cifs username=service,password=it's,noauto,user,rw 0 0\n");
-}
-
-TEST_F(ComputerControlTools, NetworkShareAlreadyMountedIsLeftAlone) {
-    const std::string fstab = m_record + "/append_fstab.log";
-    ASSERT_TRUE(WriteFile(fstab, ""));
-    StandIn("mount", "exit 1");
-    // /media is a mount of its own in the sandbox, and / is the root of its file system.
     EXPECT_EQ(MountNetworkShare("qc", "/media", "service", "pw"), 0);
     EXPECT_EQ(MountNetworkShare("qc", "/", "service", "pw"), 0);
     EXPECT_EQ(ReadFile(fstab), "");
-    EXPECT_EQ(ReadFile(Args("mount")), "");
+    EXPECT_EQ(ReadFile(Args("mount")), "[" + mountPoint.Path() + "]\n");
 }

@@ -1,6 +1,6 @@
 #include "update/ExternalProc.h"
 
-#include "tests/update_os/TestFolder.h"
+#include "tests/foundation/TestFiles.h"
 
 #include <gtest/gtest.h>
 #include <wx/log.h>
@@ -12,50 +12,23 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <thread>
 
-using vtxtest::CTestFolder;
-using vtxtest::ReadFile;
-
-extern char** environ;
-
 namespace {
 
-const char* const kProbeVariable = "VTX_EXTERNALPROC_PROBE";
-
-// When started as the probe, this binary records what it was started with (argument list as the
-// kernel passed it, and the variables A and B with how often each is set) and ends before any test
-// runs. A shell script cannot do this: the kernel drops argv[0] for scripts.
-const bool g_probeDone = [] {
-    const char* record = std::getenv(kProbeVariable);
-    if (record == nullptr) return false;
-    std::ofstream out(record, std::ios::trunc);
-    std::ifstream cmdline("/proc/self/cmdline", std::ios::binary);
-    std::string argument;
-    while (std::getline(cmdline, argument, '\0')) out << "arg:" << argument << "\n";
-    for (const char* name : {"A=", "B="}) {
-        int count = 0;
-        for (char** entry = environ; *entry != nullptr; ++entry) {
-            if (std::strncmp(*entry, name, 2) == 0) {
-                ++count;
-                out << "env:" << *entry << "\n";
-            }
-        }
-        out << "count:" << name << count << "\n";
-    }
-    out.close();
-    _exit(0);
-}();
-
-std::string SelfPath() {
-    char path[4096];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
-    if (length <= 0) return std::string();
-    return std::string(path, static_cast<size_t>(length));
+// Starts the command, collects both streams, waits and closes the pipes; the exit code, or -1
+// when the program did not exit normally.
+int RunToEnd(const std::string& commandLine, std::string* out, std::string* err, CExternalProc* record = nullptr) {
+    CExternalProc local;
+    CExternalProc& proc = record != nullptr ? *record : local;
+    proc.commandLine = commandLine;
+    startProc(proc);
+    EXPECT_TRUE(readProcOutput(proc, out, err));
+    waitForCompletion(proc);
+    closeProcPipes(proc);
+    EXPECT_TRUE(proc.finished);
+    return WIFEXITED(proc.status) ? WEXITSTATUS(proc.status) : -1;
 }
 
 // Polls until the process has ended, at most ten seconds.
@@ -77,71 +50,61 @@ int OpenDescriptorCount() {
     return count;
 }
 
-class ScopedLogLevel {
-public:
-    explicit ScopedLogLevel(wxLogLevel level) : m_saved(wxLog::GetLogLevel()) { wxLog::SetLogLevel(level); }
-    ~ScopedLogLevel() { wxLog::SetLogLevel(m_saved); }
-
-private:
-    wxLogLevel m_saved;
-};
-
 }  // namespace
 
 TEST(ExternalProc, LeadingAssignmentsGoToTheEnvironment) {
-    ASSERT_FALSE(g_probeDone);
-    CTestFolder folder;
-    const std::string tool = folder / "tool";
-    ASSERT_EQ(symlink(SelfPath().c_str(), tool.c_str()), 0);
+    // The shell under another name records the argument list and the environment exactly as the
+    // kernel passed them.
+    vtxtest::CTestFolder folder;
+    ASSERT_EQ(symlink("/bin/sh", (folder / "tool").c_str()), 0);
     const std::string record = folder / "record";
-    ASSERT_EQ(setenv(kProbeVariable, record.c_str(), 1), 0);
+    ASSERT_TRUE(vtxtest::WriteScript(folder / "probe", "tr '\\0' '\\n' < /proc/$$/cmdline > '" + record +
+                                                           "'\ntr '\\0' '\\n' < /proc/$$/environ | grep -E '^(A|B)=' | sort >> '" +
+                                                           record + "'\n"));
     unsetenv("A");
     ASSERT_EQ(setenv("B", "inherited", 1), 0);
-
-    CExternalProc proc;
-    proc.commandLine = "A=1   B=2 " + tool + " -x  y";
-    startProc(proc);
-    unsetenv(kProbeVariable);
+    std::string err;
+    const int code = RunToEnd("A=1   B=2 " + (folder / "tool") + " " + (folder / "probe") + " -x  y", nullptr, &err);
     unsetenv("B");
-    ASSERT_GT(proc.pid, 0);
-    std::string out, err;
-    EXPECT_TRUE(readProcOutput(proc, &out, &err));
-    waitForCompletion(proc);
-    closeProcPipes(proc);
-    ASSERT_TRUE(proc.finished);
-    EXPECT_TRUE(WIFEXITED(proc.status) && WEXITSTATUS(proc.status) == 0) << err;
+    EXPECT_EQ(code, 0) << err;
     // An inherited variable is replaced, not duplicated.
-    EXPECT_EQ(ReadFile(record),
-              "arg:tool\narg:-x\narg:y\n"
-              "env:A=1\ncount:A=1\n"
-              "env:B=2\ncount:B=1\n");
+    EXPECT_EQ(vtxtest::ReadFile(record), "tool\n" + (folder / "probe") + "\n-x\ny\nA=1\nB=2\n");
 }
 
 TEST(ExternalProc, OutputAndErrorComeThroughThePipes) {
     CExternalProc proc;
-    proc.commandLine = "  /bin/sh  -c  echo\tout;echo\terr>&2  ";
-    // The tab is no separator: sh gets "-c" and one script word.
-    startProc(proc);
     std::string out, err;
-    EXPECT_TRUE(readProcOutput(proc, &out, &err));
-    waitForCompletion(proc);
-    closeProcPipes(proc);
+    // The tab is no separator: sh gets "-c" and one script word.
+    EXPECT_EQ(RunToEnd("  /bin/sh  -c  echo\tout;echo\terr>&2;exit\t7  ", &out, &err, &proc), 7);
     EXPECT_EQ(out, "out\n");
     EXPECT_EQ(err, "err\n");
     EXPECT_EQ(proc.outPipe[0], -1);
     EXPECT_EQ(proc.outPipe[1], -1);
     EXPECT_EQ(proc.errPipe[1], -1);
+    // Waiting again returns at once.
+    const auto start = std::chrono::steady_clock::now();
+    waitForCompletion(proc);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
+    EXPECT_EQ(WEXITSTATUS(proc.status), 7);
+    EXPECT_FALSE(stillRunning(proc));
+
+    // Megabytes on both streams do not block.
+    out.clear();
+    err.clear();
+    EXPECT_EQ(RunToEnd("/bin/dd if=/dev/zero bs=1048576 count=5", &out, &err), 0);
+    EXPECT_EQ(out.size(), 5u * 1048576u);
+    EXPECT_NE(err.find("5242880"), std::string::npos) << err;
 }
 
 TEST(ExternalProc, MissingProgramEndsWith127) {
-    ScopedLogLevel debug(wxLOG_Debug);
+    const wxLogLevel level = wxLog::GetLogLevel();
+    wxLog::SetLogLevel(wxLOG_Debug);
     CExternalProc proc;
     proc.commandLine = "/nonexistent/program arg";
     startProc(proc);
     ASSERT_GT(proc.pid, 0);
     ASSERT_TRUE(EndsWithin(proc));
-    EXPECT_TRUE(proc.finished);
-    EXPECT_FALSE(stillRunning(proc));
+    wxLog::SetLogLevel(level);
     ASSERT_TRUE(WIFEXITED(proc.status));
     EXPECT_EQ(WEXITSTATUS(proc.status), 127);
     std::string err;
@@ -150,23 +113,7 @@ TEST(ExternalProc, MissingProgramEndsWith127) {
     EXPECT_EQ(err, "/nonexistent/program command not found pid(" + std::to_string(proc.pid) + ") errno(2)\n");
 }
 
-TEST(ExternalProc, WaitingTwiceReturnsAtOnce) {
-    CExternalProc proc;
-    proc.commandLine = "/bin/sh -c exit\t7";
-    startProc(proc);
-    waitForCompletion(proc);
-    ASSERT_TRUE(proc.finished);
-    ASSERT_TRUE(WIFEXITED(proc.status));
-    EXPECT_EQ(WEXITSTATUS(proc.status), 7);
-    const auto start = std::chrono::steady_clock::now();
-    waitForCompletion(proc);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
-    EXPECT_EQ(WEXITSTATUS(proc.status), 7);
-    EXPECT_FALSE(stillRunning(proc));
-    closeProcPipes(proc);
-}
-
-TEST(ExternalProc, StillRunningWhileTheProgramRuns) {
+TEST(ExternalProc, StillRunningWhileTheProgramRunsAndNeverForARecordNeverStarted) {
     CExternalProc proc;
     proc.commandLine = "/bin/sleep 0.3";
     startProc(proc);
@@ -175,42 +122,22 @@ TEST(ExternalProc, StillRunningWhileTheProgramRuns) {
     EXPECT_TRUE(EndsWithin(proc));
     EXPECT_TRUE(WIFEXITED(proc.status) && WEXITSTATUS(proc.status) == 0);
     closeProcPipes(proc);
-}
 
-TEST(ExternalProc, NeverStartedRecordIsNotWaitedFor) {
-    CExternalProc proc;
-    waitForCompletion(proc);
-    EXPECT_FALSE(proc.finished);
-    EXPECT_FALSE(stillRunning(proc));
-    proc.pid = -1;
-    waitForCompletion(proc);
-    EXPECT_FALSE(stillRunning(proc));
-}
-
-TEST(ExternalProc, MegabytesOnBothStreamsDoNotBlock) {
-    CExternalProc proc;
-    proc.commandLine = "/bin/dd if=/dev/zero bs=1048576 count=5";
-    startProc(proc);
-    std::string out, err;
-    EXPECT_TRUE(readProcOutput(proc, &out, &err));
-    waitForCompletion(proc);
-    closeProcPipes(proc);
-    EXPECT_EQ(out.size(), 5u * 1048576u);
-    EXPECT_NE(err.find("5242880"), std::string::npos) << err;
-    EXPECT_TRUE(WIFEXITED(proc.status) && WEXITSTATUS(proc.status) == 0);
+    for (int32_t pid : {0, -1}) {
+        CExternalProc never;
+        never.pid = pid;
+        waitForCompletion(never);
+        EXPECT_FALSE(never.finished);
+        EXPECT_FALSE(stillRunning(never));
+    }
 }
 
 TEST(ExternalProc, ChildInheritsNoOtherDescriptors) {
     // A descriptor without close-on-exec at a known number.
     const int stray = fcntl(0, F_DUPFD, 40);
     ASSERT_GE(stray, 40);
-    CExternalProc proc;
-    proc.commandLine = "/bin/ls /proc/self/fd";
-    startProc(proc);
     std::string out;
-    EXPECT_TRUE(readProcOutput(proc, &out, nullptr));
-    waitForCompletion(proc);
-    closeProcPipes(proc);
+    RunToEnd("/bin/ls /proc/self/fd", &out, nullptr);
     close(stray);
     // ls itself holds one descriptor on the folder it lists.
     EXPECT_EQ(out, "0\n1\n2\n3\n");
