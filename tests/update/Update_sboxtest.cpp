@@ -1,15 +1,20 @@
-// The procedure's steps against the simulated instrument of the sandbox (fixed paths).
-#include "update/Update.h"
-
+// What a whole run of the program cannot reach, against the simulated instrument of the sandbox
+// (fixed paths): the step logic of the procedure, and the update view's life (built without a
+// window; the procedure behind it is the real one).
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utime.h>
 
-#include <cstdio>
+#include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <thread>
 #include <vector>
+
+#include "app/WorkerThread.h"
+#include "update/Update.h"
+#include "update/UpdateView.h"
 
 namespace {
 
@@ -20,34 +25,28 @@ struct CRecordingScreen : CUpdateScreen {
 };
 
 std::string ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
     std::stringstream s;
-    s << in.rdbuf();
+    s << std::ifstream(path, std::ios::binary).rdbuf();
     return s.str();
 }
 
-void WriteFile(const std::string& path, const std::string& content, time_t mtime = 0) {
+void WriteFile(const std::string& path, const std::string& content, time_t mtime) {
     std::ofstream(path, std::ios::binary) << content;
-    if (mtime) {
-        struct utimbuf times {mtime, mtime};
-        utime(path.c_str(), &times);
-    }
-}
-
-void Relink(const std::string& target) {
-    unlink(kSystemLibraryLink);
-    if (!target.empty()) {
-        ASSERT_EQ(symlink(target.c_str(), kSystemLibraryLink), 0);
-    }
+    const struct utimbuf times { mtime, mtime };
+    utime(path.c_str(), &times);
 }
 
 class UpdateSteps : public ::testing::Test {
 protected:
+    // Each case starts from the same instrument: one log, the current runtime link.
     void SetUp() override {
-        // Each case starts from the same instrument: one log, the current runtime link.
-        std::system("rm -rf /home/vtx/Code/*.log /home/vtx/Code/zip /media/usb/update /home/vtx/Code/Old");
+        ASSERT_EQ(
+            std::system("rm -rf /home/vtx/Code/*.log /home/vtx/Code/zip /media/usb/*.log /home/vtx/Code/Old"
+                        " && mkdir -p /media/usb/update && echo aux > /media/usb/update/zip"),
+            0);
         WriteFile("/home/vtx/Code/instrument.log", "old\r\n", 1000000000);
-        Relink(kSystemLibraryTarget);
+        unlink(kSystemLibraryLink);
+        ASSERT_EQ(symlink(kSystemLibraryTarget, kSystemLibraryLink), 0);
     }
     CRecordingScreen screen;
 };
@@ -60,73 +59,76 @@ TEST_F(UpdateSteps, NewestLogWinsAndEqualTimesKeepTheFirstListed) {
     EXPECT_EQ(procedure.GetLogPath(), "/home/vtx/Code/a.log");
 }
 
-TEST_F(UpdateSteps, ReducedUpdateSkipsTheLogAndWritesNothing) {
-    CUpdateProcedure procedure(&screen);
-    procedure.SetSpecialCommand(1);
-    EXPECT_TRUE(procedure.OpenUpdateLog());
-    EXPECT_TRUE(procedure.CopyAuxiliaryFiles());
-    EXPECT_TRUE(procedure.InstallFontPackage());
-    EXPECT_TRUE(procedure.FinishUpdateLog());
-    EXPECT_EQ(procedure.GetLogPath(), "");
-    EXPECT_EQ(ReadFile("/home/vtx/Code/instrument.log"), "old\r\n");
-    EXPECT_TRUE(screen.texts.empty());
-}
-
 TEST_F(UpdateSteps, SpecialCommandSetAfterTheStartStillCounts) {
     CUpdateProcedure procedure(&screen);
     ASSERT_TRUE(procedure.OpenUpdateLog());
     procedure.SetSpecialCommand(1);
-    // The step reads the command when it runs: no line is written.
+    // The steps read the command when they run: nothing copied, written or shown.
     EXPECT_TRUE(procedure.CopyAuxiliaryFiles());
+    EXPECT_TRUE(procedure.InstallFontPackage());
+    EXPECT_TRUE(procedure.FinishUpdateLog());
+    EXPECT_EQ(access("/home/vtx/Code/zip", F_OK), -1);
+    EXPECT_EQ(access("/media/usb/instrument.log", F_OK), -1);
     EXPECT_EQ(ReadFile("/home/vtx/Code/instrument.log"), "old\r\n");
+    EXPECT_TRUE(screen.texts.empty());
 }
 
-TEST_F(UpdateSteps, AuxiliaryFileIsCopiedOnceAndLoggedWithThePrefix) {
-    mkdir("/media/usb/update", 0777);
-    WriteFile("/media/usb/update/zip", "aux");
-    CUpdateProcedure procedure(&screen);
-    ASSERT_TRUE(procedure.OpenUpdateLog());
-    EXPECT_TRUE(procedure.CopyAuxiliaryFiles());
-    EXPECT_TRUE(procedure.CopyAuxiliaryFiles());
-    EXPECT_EQ(ReadFile("/home/vtx/Code/zip"), "aux");
-    const std::string p = procedure.GetLogPrefix();
-    EXPECT_FALSE(p.empty());
-    EXPECT_EQ(ReadFile("/home/vtx/Code/instrument.log"),
-              "old\r\n" + p + " auxillary files copied\r\n" + p + " zip already copied\r\n");
-}
-
-TEST_F(UpdateSteps, LinkCheckIsByteExactAndRelativeTargetsAreWrong) {
+TEST_F(UpdateSteps, LinkTargetMustMatchByteForByte) {
     CUpdateProcedure procedure(&screen);
     EXPECT_TRUE(procedure.IsSystemLibraryCurrent());
-    Relink("libstdc++.so.6.0.22");
+    unlink(kSystemLibraryLink);
+    ASSERT_EQ(symlink((std::string(kSystemLibraryTarget) + "/").c_str(), kSystemLibraryLink), 0);
     EXPECT_FALSE(procedure.IsSystemLibraryCurrent());
-    Relink(std::string(kSystemLibraryTarget) + "/");
-    EXPECT_FALSE(procedure.IsSystemLibraryCurrent());
-    EXPECT_EQ(screen.texts.back(), "Disk error... (17)");
-    Relink("");
-    EXPECT_FALSE(procedure.CheckSystemLibraryLink());
-    EXPECT_EQ(screen.texts.back(), "Disk error... (16)");
+    EXPECT_EQ(screen.texts, std::vector<std::string>{"Disk error... (17)"});
 }
 
 TEST_F(UpdateSteps, TwoBackupsOfTheSameBuildShareOneName) {
     WriteFile("/home/vtx/Code/Application", "build A", 1551795120);
-    CUpdateProcedure first(&screen);
-    ASSERT_TRUE(first.BackUpOldVersion());
+    ASSERT_TRUE(CUpdateProcedure(&screen).BackUpOldVersion());
     WriteFile("/home/vtx/Code/Application", "build B", 1551795120);
-    CUpdateProcedure second(&screen);
-    ASSERT_TRUE(second.BackUpOldVersion());
-    const std::string backup = "/home/vtx/Code/Old/Application_" + FormatBackupTimeStamp(1551795120);
-    EXPECT_EQ(ReadFile(backup), "build B");
+    ASSERT_TRUE(CUpdateProcedure(&screen).BackUpOldVersion());
+    EXPECT_EQ(ReadFile("/home/vtx/Code/Old/Application_" + FormatBackupTimeStamp(1551795120)), "build B");
 }
 
-TEST_F(UpdateSteps, LogWithABackslashIsCopiedToTheStickUnderTheNameAfterIt) {
-    WriteFile("/home/vtx/Code/we\\ird.log", "x\r\n", 1600000000);
-    CUpdateProcedure procedure(&screen);
-    ASSERT_TRUE(procedure.OpenUpdateLog());
-    ASSERT_EQ(procedure.GetLogPath(), "/home/vtx/Code/we\\ird.log");
-    ASSERT_TRUE(procedure.FinishUpdateLog());
-    EXPECT_EQ(ReadFile("/media/usb\\ird.log"), ReadFile("/home/vtx/Code/we\\ird.log"));
-    unlink("/media/usb\\ird.log");
+TEST(UpdateView, SpecialCommandReachesTheProcedureThroughTheReceiver) {
+    CInstrumentViewUpdate view{CInstrumentViewCreatorNeeds{}};
+    EXPECT_EQ(g_updateSpecialCommandReceiver, &view);
+    EXPECT_FALSE(view.GetProcedure().IsReducedUpdate());
+    g_updateSpecialCommandReceiver->ReceiveParam(1);
+    EXPECT_TRUE(view.GetProcedure().IsReducedUpdate());
+}
+
+// One test, because the start flag lives for the whole program run.
+TEST(UpdateView, ActivationStartsOneProcedurePerRunAndAFailureFillsTheBar) {
+    // Without an installed application the procedure fails at the backup (code 01), after it has
+    // written its first lines: a second run would write them twice.
+    ASSERT_EQ(std::system("rm -rf /home/vtx/Code/*.log /home/vtx/Code/Application /media/usb/update"), 0);
+    std::ofstream("/home/vtx/Code/instrument.log", std::ios::binary) << "instrument log\r\n";
+
+    CInstrumentViewUpdate view{CInstrumentViewCreatorNeeds{}};
+    view.GetProcedure().SetPauseMilliseconds(0);
+    EXPECT_FALSE(CInstrumentViewUpdate::HasStartedProcedure());
+    view.Activate();
+    view.Activate();
+    EXPECT_TRUE(CInstrumentViewUpdate::HasStartedProcedure());
+    for (int i = 0; i < 1000 && GetRunningWorkerThreadCount() > 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_EQ(GetRunningWorkerThreadCount(), 0);
+
+    const CUpdateProcedure& procedure = view.GetProcedure();
+    EXPECT_EQ(procedure.GetProgressPosition(), procedure.GetProgressMaximum());
+    const std::string after = ReadFile("/home/vtx/Code/instrument.log");
+    const std::string::size_type check = after.find("*** Performing systems check ***");
+    EXPECT_EQ(after.rfind("instrument log\r\n", 0), 0u) << "the log was not only appended to";
+    EXPECT_NE(check, std::string::npos);
+    EXPECT_EQ(after.find("*** Performing systems check ***", check + 1), std::string::npos) << after;
+
+    // A view built later in the same run (the registry recreating it) starts nothing either.
+    CInstrumentViewUpdate again{CInstrumentViewCreatorNeeds{}};
+    again.Activate();
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_EQ(GetRunningWorkerThreadCount(), 0);
+    EXPECT_EQ(ReadFile("/home/vtx/Code/instrument.log"), after);
 }
 
 }  // namespace

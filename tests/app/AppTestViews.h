@@ -1,0 +1,82 @@
+#pragma once
+// Views that exist only in the test programs of the application shell, registered the way the
+// program's own view is (a process-static view item). Each writes down what reaches it, when and
+// on which thread.
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "app/ViewManager.h"
+
+namespace vtxtest {
+
+struct SViewEntry {
+    int view;          // 1 or 2
+    std::string what;  // "create", "destroy", "activate", "deactivate", "tick", "command"
+    uint32_t id;       // tick: its eViewTick; command: its identifier
+    uint32_t param;
+    bool onMainThread;
+    std::chrono::steady_clock::time_point at;
+};
+
+// Any thread.
+void AddViewEntry(int view, const char* what, uint32_t id = 0, uint32_t param = 0);
+std::vector<SViewEntry> GetViewEntries(const std::string& what = std::string());
+void ClearViewEntries();
+
+inline CInstrumentViewManager& Manager() {
+    return *CSingleton<CInstrumentViewManager>::GetInstance();
+}
+
+// Runs once at process exit, after the view manager has been destroyed (null: nothing).
+extern void (*g_afterViewManagerAtExit)();
+
+template <int Number>
+class TJournalView : public CInstrumentViewBase<TJournalView<Number>> {
+public:
+    explicit TJournalView(const CInstrumentViewCreatorNeeds& needs)
+        : CInstrumentViewBase<TJournalView>(needs, "Test view") {
+        for (uint32_t& id : this->m_tickIds) id = this->AddViewCommand(&TJournalView::OnTick);
+        AddViewEntry(Number, "create");
+    }
+    ~TJournalView() override { AddViewEntry(Number, "destroy"); }
+    void Activate() override {
+        AddViewEntry(Number, "activate");
+        CInstrumentViewBase<TJournalView>::Activate();
+    }
+    void Deactivate() override {
+        AddViewEntry(Number, "deactivate");
+        CInstrumentViewBase<TJournalView>::Deactivate();
+    }
+    // A command that is recorded and answers handled.
+    uint32_t AddJournalCommand(bool handled) {
+        const uint32_t id = this->AddViewCommand(&TJournalView::OnCommand);
+        m_answers[id] = handled;
+        return id;
+    }
+
+private:
+    bool OnTick(uint32_t id, uint32_t param) {
+        for (uint32_t tick = 0; tick < eViewTickCount; ++tick)
+            if (this->m_tickIds[tick] == id) AddViewEntry(Number, "tick", tick, param);
+        return true;
+    }
+    bool OnCommand(uint32_t id, uint32_t param) {
+        AddViewEntry(Number, "command", id, param);
+        return m_answers[id];
+    }
+
+    std::map<uint32_t, bool> m_answers;
+};
+
+using CFirstTestView = TJournalView<1>;
+using CSecondTestView = TJournalView<2>;
+
+// Registered in this order during static construction.
+extern TInstrumentViewItem<CFirstTestView> g_firstTestViewItem;
+extern TInstrumentViewItem<CSecondTestView> g_secondTestViewItem;
+
+}  // namespace vtxtest

@@ -1,0 +1,44 @@
+#include "tests/app/AppTestViews.h"
+
+#include <wx/thread.h>
+
+#include <mutex>
+
+namespace vtxtest {
+namespace {
+std::mutex g_mutex;
+std::vector<SViewEntry> g_entries;
+
+// Built before the view items below register, so that the view manager, which comes into being
+// with the first registration, is destroyed before this at exit.
+struct CAfterViewManagerAtExit {
+    ~CAfterViewManagerAtExit() {
+        if (g_afterViewManagerAtExit) g_afterViewManagerAtExit();
+    }
+} s_afterViewManagerAtExit;
+}  // namespace
+
+void (*g_afterViewManagerAtExit)() = nullptr;
+TInstrumentViewItem<CFirstTestView> g_firstTestViewItem;
+TInstrumentViewItem<CSecondTestView> g_secondTestViewItem;
+
+void AddViewEntry(int view, const char* what, uint32_t id, uint32_t param) {
+    const SViewEntry entry{view, what, id, param, wxIsMainThread(), std::chrono::steady_clock::now()};
+    std::lock_guard<std::mutex> lock(g_mutex);
+    g_entries.push_back(entry);
+}
+
+std::vector<SViewEntry> GetViewEntries(const std::string& what) {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    std::vector<SViewEntry> chosen;
+    for (const SViewEntry& entry : g_entries)
+        if (what.empty() || entry.what == what) chosen.push_back(entry);
+    return chosen;
+}
+
+void ClearViewEntries() {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    g_entries.clear();
+}
+
+}  // namespace vtxtest
