@@ -1,7 +1,10 @@
-// Labelling the update page's real text fields, and re-labelling them after a language change.
+// Labelling the update page's real text fields, re-labelling them after a language change, and
+// drawing the texts of every language with that language's font.
 #include "language/InstrumentLanguage.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <wx/fontutil.h>
 #include <wx/frame.h>
 
 #include <string>
@@ -9,8 +12,10 @@
 #include "foundation/InstrumentSettings.h"
 #include "language/LanguageTables.h"
 #include "tests/common/WxTestHelpers.h"
+#include "tests/ui/UiTestSupport.h"
 #include "ui/InstrumentFont.h"
 #include "ui/UIControls.h"
+#include "ui/VisualComponents.h"
 
 namespace {
 
@@ -27,85 +32,98 @@ protected:
     }
 };
 
-// Remembered labels are never forgotten, so the fields live as long as the test program runs
-// RefreshAllTexts: the whole suite.
+// How many characters of text neither the font nor any fallback has a glyph for (they would show
+// as boxes), -1 when that cannot be asked. Pango comes with the toolkit; its functions are looked up
+// at run time so that the test needs none of its headers.
+int MissingGlyphs(const wxFont& font, const std::string& text) {
+    using P = void*;
+    const auto fn = [](const char* name) { return dlsym(RTLD_DEFAULT, name); };
+    const auto fontMap = reinterpret_cast<P (*)()>(fn("pango_cairo_font_map_get_default"));
+    const auto newContext = reinterpret_cast<P (*)(P)>(fn("pango_font_map_create_context"));
+    const auto newLayout = reinterpret_cast<P (*)(P)>(fn("pango_layout_new"));
+    const auto setFont = reinterpret_cast<void (*)(P, P)>(fn("pango_layout_set_font_description"));
+    const auto setText = reinterpret_cast<void (*)(P, const char*, int)>(fn("pango_layout_set_text"));
+    const auto unknown = reinterpret_cast<int (*)(P)>(fn("pango_layout_get_unknown_glyphs_count"));
+    const auto unref = reinterpret_cast<void (*)(P)>(fn("g_object_unref"));
+    if (!fontMap || !newContext || !newLayout || !setFont || !setText || !unknown || !unref) return -1;
+    P context = newContext(fontMap());
+    P layout = newLayout(context);
+    setFont(layout, font.GetNativeFontInfo()->description);
+    setText(layout, text.c_str(), static_cast<int>(text.size()));
+    const int missing = unknown(layout);
+    unref(layout);
+    unref(context);
+    return missing;
+}
+
 class InstrumentLanguageGui : public ::testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        s_language = GetSettingLanguage();
+    void SetUp() override {
+        m_frame = new wxFrame(nullptr, wxID_ANY, "language", wxPoint(0, 0), wxSize(800, 600), wxBORDER_NONE);
+        m_frame->Show();
+        vtxtest::Pump(20);
+    }
+    void TearDown() override {
         SetSettingLanguage(eLanguageEnglish);
         RefreshInstrumentFonts();
-        s_frame = new wxFrame(nullptr, wxID_ANY, "language", wxPoint(0, 0), wxSize(800, 600), wxBORDER_NONE);
-        s_header = new CUIHeader(s_frame, CRect(0, 0, 800, 600));
-        s_status = new CPaintedField(s_frame, wxID_ANY, CRect(40, 300, 720, 80));
-        s_label = new CPaintedField(s_frame, wxID_ANY, CRect(40, 400, 720, 80), eFontTypeBody);
-        s_frame->Show();
+        m_frame->Destroy();
         vtxtest::Pump(20);
     }
-    static void TearDownTestSuite() {
-        SetSettingLanguage(s_language);
-        RefreshInstrumentFonts();
-        delete s_header;
-        s_frame->Destroy();
-        vtxtest::Pump(20);
-    }
-
-    static int s_language;
-    static wxFrame* s_frame;
-    static CUIHeader* s_header;
-    static CPaintedField* s_status;
-    static CPaintedField* s_label;
-    const CInstrumentLanguage::CColonAdder m_colon;
+    wxFrame* m_frame = nullptr;
 };
-int InstrumentLanguageGui::s_language = 0;
-wxFrame* InstrumentLanguageGui::s_frame = nullptr;
-CUIHeader* InstrumentLanguageGui::s_header = nullptr;
-CPaintedField* InstrumentLanguageGui::s_status = nullptr;
-CPaintedField* InstrumentLanguageGui::s_label = nullptr;
 
-TEST_F(InstrumentLanguageGui, LanguageChangeRelabelsFieldsAndFonts) {
+TEST_F(InstrumentLanguageGui, LanguageChangeRelabelsFieldsAfterTheFonts) {
+    // Remembered labels are never forgotten: no later test of this program may call RefreshAllTexts.
+    CUIHeader header(m_frame, CRect(0, 0, 800, 600));
+    auto* status = new CPaintedField(m_frame, wxID_ANY, CRect(40, 300, 720, 80));
     CInstrumentLanguage& language = GetInstrumentLanguage();
-    ASSERT_NE(s_header->GetTitleField(), nullptr);
-    language.SetControlTextAndRemember(s_header->GetTitleField(), 417);
-    language.SetControlTextAndRemember(s_status, 418);
-    EXPECT_EQ(s_header->GetTitle(), "Software upgrade in progress");
-    EXPECT_EQ(s_status->GetText(), "Copying files");
-    EXPECT_TRUE(vtxtest::WaitFor([] { return s_status->lastPainted == "Copying files"; }));
+    language.SetControlTextAndRemember(header.GetTitleField(), 417);
+    language.SetControlTextAndRemember(status, 418);
+    EXPECT_EQ(header.GetTitle(), "Software upgrade in progress");
+    EXPECT_TRUE(vtxtest::WaitFor([&] { return status->lastPainted == "Copying files"; }));
 
     SetSettingLanguage(eLanguageJapanese);
     language.RefreshAllTexts();
     const std::string japanese = NS_LanguageTexts::TEXTS_JA[418];
-    EXPECT_EQ(s_header->GetTitle(), NS_LanguageTexts::TEXTS_JA[417]);
-    EXPECT_EQ(s_status->GetText(), japanese);
-    // The fonts were re-created for the new language before the fields were told.
+    EXPECT_EQ(header.GetTitle(), NS_LanguageTexts::TEXTS_JA[417]);
+    EXPECT_EQ(status->GetText(), japanese);
     EXPECT_EQ(GetProgramFont(eFontTypeStatusLine).GetFaceName(), "Linux Libertine");
-    EXPECT_TRUE(vtxtest::WaitFor([&] { return s_status->lastPainted == japanese; })) << s_status->lastPainted;
+    EXPECT_TRUE(vtxtest::WaitFor([&] { return status->lastPainted == japanese; })) << status->lastPainted;
 
     SetSettingLanguage(eLanguageGerman);
     language.RefreshAllTexts();
-    EXPECT_EQ(s_header->GetTitle(), "Software upgrade in Arbeit");
-    EXPECT_EQ(s_status->GetText(), "Kopiere Daten");
+    EXPECT_EQ(header.GetTitle(), "Software upgrade in Arbeit");
+    EXPECT_EQ(status->GetText(), "Kopiere Daten");
     EXPECT_EQ(GetProgramFont(eFontTypeStatusLine).GetFaceName(), "Arial");
-    SetSettingLanguage(eLanguageEnglish);
-    language.RefreshAllTexts();
 }
 
-TEST_F(InstrumentLanguageGui, ReapplyRestoresAFieldsLabel) {
-    CInstrumentLanguage& language = GetInstrumentLanguage();
-    language.SetControlTextAndRemember(s_label, 1, &m_colon);
-    EXPECT_EQ(s_label->GetText(), "Language:");
-    s_label->SetText("something else");
-    EXPECT_TRUE(language.ReapplyText(s_label));
-    EXPECT_EQ(s_label->GetText(), "Language:");
-    EXPECT_TRUE(vtxtest::WaitFor([] { return s_label->lastPainted == "Language:"; })) << s_label->lastPainted;
-
-    // A field that was only labelled, not remembered, cannot be re-applied.
-    CPaintedField* unremembered = new CPaintedField(s_frame, wxID_ANY, CRect(40, 500, 720, 60));
-    language.SetControlText(unremembered, 2);
-    unremembered->SetText("changed");
-    EXPECT_FALSE(language.ReapplyText(unremembered));
-    EXPECT_EQ(unremembered->GetText(), "changed");
-    unremembered->Destroy();
+TEST_F(InstrumentLanguageGui, UpgradeHeadingIsDrawnInEveryLanguageWithItsFont) {
+    const CColorRect grey(0xc8c8c8);
+    ASSERT_EQ(MissingGlyphs(GetProgramFont(eFontTypeHeaderTitle), "a\xf4\x8f\xbf\xbd"), 1)
+        << "U+10FFFD has none";
+    for (int lang = 0; lang < 10; ++lang) {
+        const std::string text = GetInstrumentLanguage().GetTextForLanguage(417, lang);
+        SCOPED_TRACE(text);
+        SetSettingLanguage(lang);
+        RefreshInstrumentFonts();
+        EXPECT_EQ(MissingGlyphs(GetProgramFont(eFontTypeHeaderTitle), text), 0);
+        EXPECT_EQ(GetProgramFont(eFontTypeHeaderTitle).GetFaceName(),
+                  lang == eLanguageJapanese  ? "Linux Libertine"
+                  : lang == eLanguageChinese ? "WenQuanYi Micro Hei Mono"
+                                             : "Arial");
+        auto* field = new CTextField(m_frame, wxID_ANY, CRect(0, 0, 800, 80), eFontTypeHeaderTitle);
+        field->SetBackGroundPainter(&grey);
+        field->SetText(text);
+        uitest::CCanvas canvas(800, 80);
+        field->Render(*canvas.Dc());
+        field->Destroy();
+        const uitest::CInk ink = uitest::FindInk(canvas, 800, 80, uitest::Rgb{200, 200, 200});
+        EXPECT_EQ(ink.lines, 1);
+        EXPECT_TRUE(ink.black);
+        // Every character takes room: none is blank or collapsed.
+        EXPECT_GT(ink.right - ink.left, int(wxString::FromUTF8(text).length()) * 6);
+        EXPECT_GT(ink.bottom - ink.top, 8);
+    }
 }
 
 }  // namespace

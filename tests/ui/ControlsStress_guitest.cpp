@@ -14,28 +14,27 @@
 
 namespace {
 
-const std::vector<std::string> kTexts = {
-    "Copying files...",
-    "",
-    "Upgrade successful...\nRestarting application",
-    "Could not copy files (05)",
-    std::string(300, 'x'),
-    "\xe8\xbd\xaf\xe4\xbb\xb6\xe5\x8d\x87\xe7\xba\xa7...",  // CJK text, several bytes per glyph
-    "Done...",
-};
+const std::vector<std::string> kTexts = {"Copying files...",
+                                         "",
+                                         "Upgrade successful...\nRestarting application",
+                                         std::string(300, 'x'),
+                                         "\xe8\xbd\xaf\xe4\xbb\xb6...",
+                                         "Done..."};
+bool Known(const std::string& text) {
+    return std::find(kTexts.begin(), kTexts.end(), text) != kTexts.end();
+}
 
 class CCheckingField : public CTextField {
 public:
     using CTextField::CTextField;
-    int paints = 0;
-    int foreign = 0;  // painted texts that were never set
+    int paints = 0, torn = 0;
     std::string lastPainted;
 
 protected:
     void PaintText(wxDC& dc, const wxRect& area, const std::string& text) override {
         ++paints;
+        torn += !Known(text);
         lastPainted = text;
-        if (std::find(kTexts.begin(), kTexts.end(), text) == kTexts.end()) ++foreign;
         CTextField::PaintText(dc, area, text);
     }
 };
@@ -57,20 +56,15 @@ TEST(ControlsStress, WorkerSetsWhileTheGuiThreadPaints) {
         }
         done.store(true);
     });
-
-    int heldForeign = 0;
-    int loops = 0;
+    int tornHeld = 0;
     while (!done.load()) {
-        const std::string held = field->GetText();
-        if (std::find(kTexts.begin(), kTexts.end(), held) == kTexts.end() && !held.empty()) ++heldForeign;
-        const int value = bar->GetValue();
-        EXPECT_TRUE(value >= 0 && value <= 100) << value;
-        field->Refresh(false);
-        bar->Refresh(false);
-        field->Update();
-        bar->Update();
+        tornHeld += !Known(field->GetText());
+        EXPECT_TRUE(bar->GetValue() >= 0 && bar->GetValue() <= 100);
+        for (wxWindow* window : std::initializer_list<wxWindow*>{field, bar}) {
+            window->Refresh(false);
+            window->Update();
+        }
         vtxtest::Pump(1);
-        ++loops;
     }
     worker.join();
 
@@ -80,11 +74,9 @@ TEST(ControlsStress, WorkerSetsWhileTheGuiThreadPaints) {
     EXPECT_EQ(bar->GetRange(), 100 + (kRounds - 1) % 3);
     // The last change is always followed by a repaint that shows it.
     EXPECT_TRUE(vtxtest::WaitFor([&] { return field->lastPainted == last; }));
-    EXPECT_EQ(heldForeign, 0);
-    EXPECT_EQ(field->foreign, 0);
+    EXPECT_EQ(tornHeld, 0);
+    EXPECT_EQ(field->torn, 0);
     EXPECT_GT(field->paints, 0);
-    EXPECT_GT(loops, 0);
-
     frame->Destroy();
     vtxtest::Pump(20);
 }

@@ -1,11 +1,12 @@
 #pragma once
-// Pixel helpers of the ui window tests: paint into a bitmap, read the pixels back.
+// Pixel helpers of the window tests: paint into a bitmap, read the pixels back.
 
 #include <wx/bitmap.h>
 #include <wx/dcmemory.h>
 #include <wx/image.h>
 
-#include <cstdint>
+#include <algorithm>
+#include <climits>
 #include <ostream>
 
 namespace uitest {
@@ -18,30 +19,24 @@ struct Rgb {
 inline std::ostream& operator<<(std::ostream& os, const Rgb& c) {
     return os << "(" << c.r << ", " << c.g << ", " << c.b << ")";
 }
-inline Rgb FromValue(uint32_t v) { return Rgb{int(v & 0xff), int((v >> 8) & 0xff), int((v >> 16) & 0xff)}; }
+const Rgb kUntouched{1, 2, 3};
 
-// A 24-bit bitmap pre-filled with one colour, selected into a memory DC while alive.
+// A 24-bit bitmap filled with kUntouched, selected into a memory DC until the pixels are read.
 class CCanvas {
 public:
-    CCanvas(int width, int height, const wxColour& fill = wxColour(1, 2, 3)) : m_bitmap(width, height, 24) {
+    CCanvas(int width, int height) : m_bitmap(width, height, 24) {
         m_dc.SelectObject(m_bitmap);
-        m_dc.SetBackground(wxBrush(fill));
+        m_dc.SetBackground(wxBrush(wxColour(1, 2, 3)));
         m_dc.Clear();
     }
     ~CCanvas() { m_dc.SelectObject(wxNullBitmap); }
     wxMemoryDC* Dc() { return &m_dc; }
-    // Ends painting and reads the pixels.
-    const wxImage& Image() {
+    Rgb At(int x, int y) {
         if (!m_image.IsOk()) {
             m_dc.SelectObject(wxNullBitmap);
             m_image = m_bitmap.ConvertToImage();
-            if (getenv("UITEST_DUMP")) { static int n = 0; m_image.SaveFile(wxString::Format("/tmp/fd/dump%d.bmp", n++), wxBITMAP_TYPE_BMP); }
         }
-        return m_image;
-    }
-    Rgb At(int x, int y) {
-        const wxImage& img = Image();
-        return Rgb{img.GetRed(x, y), img.GetGreen(x, y), img.GetBlue(x, y)};
+        return Rgb{m_image.GetRed(x, y), m_image.GetGreen(x, y), m_image.GetBlue(x, y)};
     }
     // True when every pixel of the rectangle has colour c.
     bool All(int x0, int y0, int w, int h, const Rgb& c) {
@@ -57,6 +52,28 @@ private:
     wxImage m_image;
 };
 
-const Rgb kUntouched{1, 2, 3};
+// The pixels of a canvas region that differ from the background: bounding box, number of
+// separate bands of rows (text lines), and whether any of them is black.
+struct CInk {
+    int left = INT_MAX, right = -1, top = INT_MAX, bottom = -1, lines = 0;
+    bool black = false;
+};
+inline CInk FindInk(CCanvas& canvas, int width, int height, const Rgb& background) {
+    CInk ink;
+    for (int y = 0, above = 0; y < height; ++y) {
+        int here = 0;
+        for (int x = 0; x < width; ++x) {
+            const Rgb c = canvas.At(x, y);
+            if (c == background) continue;
+            here = 1;
+            ink.black = ink.black || c == Rgb{0, 0, 0};
+            ink.left = std::min(ink.left, x), ink.right = std::max(ink.right, x);
+            ink.top = std::min(ink.top, y), ink.bottom = y;
+        }
+        ink.lines += here && !above;
+        above = here;
+    }
+    return ink;
+}
 
 }  // namespace uitest
