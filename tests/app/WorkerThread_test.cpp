@@ -2,13 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
-#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -18,10 +13,6 @@ using Clock = std::chrono::steady_clock;
 
 long MsSince(Clock::time_point since) {
     return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - since).count();
-}
-
-int NiceOfThisThread() {
-    return getpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)));
 }
 
 TEST(Event, CountsSignalsTimesOutAndResets) {
@@ -126,45 +117,6 @@ TEST(EventQueue, OwnerMayDieRightAfterTheStopIsAnswered) {
         ASSERT_TRUE(owner->StopServing(10000));
         delete owner;
     }
-}
-
-int NiceOfThreadStartedWith(int priorityClass) {
-    struct {
-        CEvent done;
-        int nice = 0;
-    } run;
-    auto entry = [](void* argument) -> unsigned long {
-        auto* r = static_cast<decltype(run)*>(argument);
-        r->nice = NiceOfThisThread();
-        r->done.Signal();
-        return 0;
-    };
-    EXPECT_EQ(StartWorkerThread(entry, &run, priorityClass), 0);
-    EXPECT_TRUE(run.done.Wait(10000));
-    return run.nice;
-}
-
-TEST(WorkerThread, RunsItsFunctionAtTheNiceValueOfItsPriorityClass) {
-    const int inherited = NiceOfThisThread();
-    EXPECT_EQ(NiceOfThreadStartedWith(2), inherited);
-    EXPECT_EQ(NiceOfThreadStartedWith(7), inherited);
-    EXPECT_EQ(NiceOfThreadStartedWith(0), 19);  // lowering is always allowed
-    // Raising needs rights; without them the thread still runs at its inherited priority.
-    const int raised = NiceOfThreadStartedWith(4);
-    EXPECT_TRUE(raised == -20 || raised == inherited) << raised;
-}
-
-TEST(SignalInScope, FlagIsSetForTheScopeAndClearedByAnException) {
-    bool flag = false;
-    std::atomic<bool> shared{false};
-    try {
-        CSignalInScope guard(&flag), sharedGuard(&shared);
-        EXPECT_TRUE(flag && shared);
-        throw std::runtime_error("leave");
-    } catch (const std::runtime_error&) {
-    }
-    EXPECT_FALSE(flag || shared);
-    CSignalInScope nothing(static_cast<bool*>(nullptr));
 }
 
 }  // namespace

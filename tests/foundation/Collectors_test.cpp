@@ -3,24 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <thread>
 #include <vector>
 
 namespace {
-struct CLateItem;
-struct CLateList;
-}  // namespace
-template <>
-struct CCollectorTraits<CLateItem> {
-    using Collector = CLateList;
-};
-namespace {
-// Used only by the exit test below, so that its singleton is created there and nowhere else.
-struct CLateList : CObjectCollectorHandler<CLateItem> {};
-struct CLateItem : CCollectorsItem<CLateItem> {
-    CLateItem() : CCollectorsItem<CLateItem>(this) {}
-};
 
 TEST(Collectors, DuplicateRegistrationIsKeptAndUnregisterRemovesOnlyTheFirst) {
     CObjectCollector<int> collector;
@@ -67,32 +53,6 @@ TEST(Singleton, FirstUseFromManyThreadsBuildsOneInstance) {
     ASSERT_NE(seen[0], nullptr);
     for (CCounted* p : seen) EXPECT_EQ(p, seen[0]);
     EXPECT_EQ(constructions.load(), 1);
-}
-
-// Runs at exit after the CLateList singleton has been destroyed (registered before it existed).
-CLateItem* g_earlyItem = nullptr;
-void CheckAfterCollectorDestroyed() {
-    int code = 0;
-    if (!CSingleton<CLateList>::IsDestroyed()) code = 2;
-    if (CSingleton<CLateList>::GetInstance() != nullptr) code = 3;
-    {
-        CLateItem late;
-        if (late.IsRegistered()) code = 4;
-    }
-    delete g_earlyItem;  // registered while the list lived; must not reach into the dead list
-    std::_Exit(code);
-}
-
-TEST(CollectorsDeathTest, CollectorDestroyedAtExitStaysGoneForLaterItems) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(
-        {
-            std::atexit(CheckAfterCollectorDestroyed);
-            g_earlyItem = new CLateItem;  // creates the list; it dies before the handler runs
-            if (!g_earlyItem->IsRegistered()) std::_Exit(5);
-            std::exit(0);
-        },
-        ::testing::ExitedWithCode(0), "");
 }
 
 struct CProbe {

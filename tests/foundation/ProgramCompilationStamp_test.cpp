@@ -71,26 +71,4 @@ TEST(ProgramCompilationStamp, FailsWithOneTraceAndKeepsEarlierFields) {
     }
 }
 
-TEST(ProgramCompilationStamp, TracesOnlyAtDebugLevelAndKeepBytesThatAreNotUtf8) {
-    {
-        vtxtest::CTraceCapture quiet(wxLOG_Info);
-        Parse(false, "bad");
-        EXPECT_TRUE(quiet.Records().empty());
-    }
-    vtxtest::CTraceCapture capture;
-    Parse(false, "14:\xff\xfe:44");
-    ASSERT_EQ(capture.Records().size(), 2u);
-    EXPECT_EQ(capture.Records()[0].text.substr(0, 8), "Time 14:");
-}
-
-TEST(ProgramCompilationStamp, OwnBuildMomentIsParsedAndInThePast) {
-    const CProgramCompilationStamp stamp = GetProgramCompilationStamp();
-    ASSERT_TRUE(stamp.valid);
-    EXPECT_GE(stamp.year, 2024);
-    const CInstrumentTime built = GetProgramCompilationTime();
-    ASSERT_TRUE(built.IsValid());
-    EXPECT_EQ(built.GetHour(), stamp.hour);
-    EXPECT_FALSE(built > CInstrumentTime::Now() + CInstrumentTimeSpan::Minutes(1));
-}
-
 }  // namespace

@@ -56,17 +56,6 @@ protected:
     int m_files = 0;
 };
 
-TEST_F(GenTexts, CompleteTableBecomesAnArrayOfEscapedLiterals) {
-    ASSERT_EQ(Generate(kHeader + Entry(1, "Spr\\\"ache\\\\") + Entry(2, "Zwei\\n\\rZeilen ä?\?=")), 0)
-        << m_messages;
-    EXPECT_NE(m_out.find("namespace NS {"), std::string::npos);
-    EXPECT_NE(m_out.find("const std::string TEXTS[3] = {"), std::string::npos);
-    EXPECT_NE(m_out.find("/* 0 */ \"\","), std::string::npos);
-    EXPECT_NE(m_out.find("\"Spr\\\"ache\\\\\","), std::string::npos);
-    // UTF-8 as octal bytes; "??=" must not become a trigraph.
-    EXPECT_NE(m_out.find("\"Zwei\\n\"\n        \"\\rZeilen \\303\\244?\\?=\","), std::string::npos) << m_out;
-}
-
 TEST_F(GenTexts, DamagedTablesAreRefused) {
     const std::vector<std::pair<std::string, std::string>> cases = {
         {kHeader + Entry(2, "B"), "missing text id(s) 1"},

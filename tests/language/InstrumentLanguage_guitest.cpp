@@ -1,5 +1,4 @@
-// Labelling the update page's real text fields, re-labelling them after a language change, and
-// drawing the texts of every language with that language's font.
+// The update page's heading drawn in every language with that language's font.
 #include "language/InstrumentLanguage.h"
 
 #include <dlfcn.h>
@@ -10,7 +9,6 @@
 #include <string>
 
 #include "foundation/InstrumentSettings.h"
-#include "language/LanguageTables.h"
 #include "tests/common/WxTestHelpers.h"
 #include "tests/ui/UiTestSupport.h"
 #include "ui/InstrumentFont.h"
@@ -18,19 +16,6 @@
 #include "ui/VisualComponents.h"
 
 namespace {
-
-// Remembers what the field last drew, to see a new label reach the screen.
-class CPaintedField : public CTextField {
-public:
-    using CTextField::CTextField;
-    std::string lastPainted;
-
-protected:
-    void PaintText(wxDC& dc, const wxRect& area, const std::string& text) override {
-        lastPainted = text;
-        CTextField::PaintText(dc, area, text);
-    }
-};
 
 // How many characters of text neither the font nor any fallback has a glyph for (they would show
 // as boxes), -1 when that cannot be asked. Pango comes with the toolkit; its functions are looked up
@@ -71,31 +56,6 @@ protected:
     }
     wxFrame* m_frame = nullptr;
 };
-
-TEST_F(InstrumentLanguageGui, LanguageChangeRelabelsFieldsAfterTheFonts) {
-    // Remembered labels are never forgotten: no later test of this program may call RefreshAllTexts.
-    CUIHeader header(m_frame, CRect(0, 0, 800, 600));
-    auto* status = new CPaintedField(m_frame, wxID_ANY, CRect(40, 300, 720, 80));
-    CInstrumentLanguage& language = GetInstrumentLanguage();
-    language.SetControlTextAndRemember(header.GetTitleField(), 417);
-    language.SetControlTextAndRemember(status, 418);
-    EXPECT_EQ(header.GetTitle(), "Software upgrade in progress");
-    EXPECT_TRUE(vtxtest::WaitFor([&] { return status->lastPainted == "Copying files"; }));
-
-    SetSettingLanguage(eLanguageJapanese);
-    language.RefreshAllTexts();
-    const std::string japanese = NS_LanguageTexts::TEXTS_JA[418];
-    EXPECT_EQ(header.GetTitle(), NS_LanguageTexts::TEXTS_JA[417]);
-    EXPECT_EQ(status->GetText(), japanese);
-    EXPECT_EQ(GetProgramFont(eFontTypeStatusLine).GetFaceName(), "Linux Libertine");
-    EXPECT_TRUE(vtxtest::WaitFor([&] { return status->lastPainted == japanese; })) << status->lastPainted;
-
-    SetSettingLanguage(eLanguageGerman);
-    language.RefreshAllTexts();
-    EXPECT_EQ(header.GetTitle(), "Software upgrade in Arbeit");
-    EXPECT_EQ(status->GetText(), "Kopiere Daten");
-    EXPECT_EQ(GetProgramFont(eFontTypeStatusLine).GetFaceName(), "Arial");
-}
 
 TEST_F(InstrumentLanguageGui, UpgradeHeadingIsDrawnInEveryLanguageWithItsFont) {
     const CColorRect grey(0xc8c8c8);

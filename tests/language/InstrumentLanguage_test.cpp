@@ -38,7 +38,7 @@ public:
 };
 
 // Labels are remembered for the life of the program, so remembered controls must live as long.
-CRecordingControl g_first, g_second, g_third, g_twice, g_neverRemembered;
+CRecordingControl g_first, g_second, g_third;
 const CInstrumentLanguage::CColonAdder g_colon;
 
 }  // namespace
@@ -166,24 +166,6 @@ TEST(InstrumentLanguageLabels, RefreshRelabelsEveryRememberedControlInOrder) {
     const std::vector<std::pair<const void*, std::string>> expected = {
         {&g_third, GetLanguageTable(eLanguageFrench)[418]}, {&g_first, "Langue:"}, {&g_second, ""}};
     EXPECT_EQ(mine, expected);
-}
-
-TEST(InstrumentLanguageLabels, ReapplyUsesTheFirstRememberedLabelAndRefusesUnknownControls) {
-    CFixedLanguage source(eLanguageEnglish);
-    const CInstrumentLanguage language(&source);
-    language.SetControlTextAndRemember(&g_twice, 3);
-    language.SetControlTextAndRemember(&g_twice, 4, &g_colon);
-    source.language = eLanguageGerman;
-    EXPECT_TRUE(language.ReapplyText(&g_twice));
-    EXPECT_EQ(g_twice.texts,
-              (std::vector<std::string>{"Analyze", "Home:", GetLanguageTable(eLanguageGerman)[3]}));
-
-    const size_t before = CInstrumentLanguage::GetRememberedLabels().size();
-    g_labelLog.clear();
-    EXPECT_FALSE(language.ReapplyText(&g_neverRemembered));
-    EXPECT_FALSE(language.ReapplyText(nullptr));
-    EXPECT_TRUE(g_labelLog.empty());
-    EXPECT_EQ(CInstrumentLanguage::GetRememberedLabels().size(), before);
 }
 
 TEST(InstrumentLanguagePlaceholders, FilledLeftToRightOnlyWhereTheMarkStood) {

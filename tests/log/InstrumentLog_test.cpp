@@ -67,19 +67,6 @@ TEST(ProgramLog, TracesPassByTheFieldsLevel) {
                                     "4 [Update] 0 ev", "5 [Update] 0 pe"}));
 }
 
-TEST(ProgramLog, ScopeTracesEnterAndExitFromItsLevel) {
-    CCaptureSink sink;
-    CTraceField field("View", 1);
-    { CLogTraceScope scope(&field, "Draw", eLogTrace1); }
-    { CLogTraceScope scope(&field, "Paint", eLogTrace2); }
-    { CLogTraceScope scope(&field, "Start", eLogError); }
-    { CLogTraceScope scope(nullptr, "Nothing", eLogError); }
-    field.SetLevel(3);
-    { CLogTraceScope scope(&field, "Data", eLogData); }
-    EXPECT_EQ(sink.Take(), (Entries{"6 [View] 0 Draw Enter", "6 [View] 0 Draw Exit", "1 [View] 0 Start Enter",
-                                    "1 [View] 0 Start Exit", "8 [View] 0 Data Enter", "8 [View] 0 Data Exit"}));
-}
-
 TEST(ProgramLog, WithoutASinkEverythingIsDropped) {
     {
         CCaptureSink first;
@@ -91,7 +78,6 @@ TEST(ProgramLog, WithoutASinkEverythingIsDropped) {
     EXPECT_EQ(CLogInterface::GetCurrent(), nullptr);
     CTraceField field("X", 3);
     LogError(&field, "dropped");
-    { CLogTraceScope scope(&field, "dropped", eLogError); }
     LogData(&field, "a", "b");
 }
 

@@ -31,22 +31,6 @@ TEST(StderrLogSink, OneLinePerMessage) {
               "Error [Instrument View] Could not load settings!\n");
     EXPECT_EQ(CStderrLogSink::FormatLine(8, "", "a\r\nb\nc"), "Data [] a\\r\\nb\\nc\n");
     EXPECT_EQ(CStderrLogSink::FormatLine(42, "S", ""), "Unknown Type [S] \n");
-
-    // The real thing goes to descriptor 2.
-    vtxtest::CTestFolder folder;
-    const int fd = ::open((folder / "stderr").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    ASSERT_GE(fd, 0);
-    const int saved = ::dup(2);
-    ::dup2(fd, 2);
-    {
-        CStderrLogSink sink;
-        LogWarning(nullptr, "two\nlines");
-        sink.Flush();
-    }
-    ::dup2(saved, 2);
-    ::close(saved);
-    ::close(fd);
-    EXPECT_EQ(vtxtest::ReadFile(folder / "stderr"), "Warning [] two\\nlines\n");
 }
 
 TEST(StderrLogSink, LinesOfManyThreadsNeverMix) {

@@ -85,18 +85,6 @@ TEST_F(UIControls, TextFieldRepaintsOnlyWhenItsTextChangesFromAnyThread) {
     vtxtest::Pump(50);
 }
 
-TEST_F(UIControls, ControlsBlendWithTheParentsBackGround) {
-    // A field at row 300 shows rows 300.. of the parent's 600-row gradient, 0.425 red per row.
-    // The field keeps the painter and may repaint after this test: the painter must outlive it.
-    static const CColorRectGradient gradient(eGradientVertical, 0x000000, 0x0000ff);
-    auto* field = new CTextField(m_frame, wxID_ANY, CRect(0, 300, 50, 10));
-    field->SetBackGroundPainter(&gradient);
-    CCanvas canvas(50, 10);
-    field->Render(*canvas.Dc());
-    EXPECT_EQ(canvas.At(10, 0).r, 127);
-    EXPECT_EQ(canvas.At(10, 9).r, 131);
-}
-
 TEST(ProgressBar, FilledWidthIsProportionalAndClamped) {
     const int cases[][4] = {
         // value, range, width, filled

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "foundation/InstrumentCommonData.h"
-#include "tests/common/WxAssert.h"
 #include "tests/ui/UiTestSupport.h"
 #include "ui/ImageResources.h"
 
@@ -16,33 +15,12 @@ using uitest::Rgb;
 
 namespace {
 
-// Remembers the rectangles it was asked to paint.
-class CRecordingPainter : public CColorRectBase {
-public:
-    void PaintDcRect(const CRect& rect, wxDC* dc) const override { calls.push_back({rect, dc}); }
-    mutable std::vector<std::pair<CRect, wxDC*>> calls;
-};
-
 TEST(ColorRectPainters, SolidFillCoversExactlyTheRectangle) {
     CCanvas canvas(10, 10);
     CColorRect(0x002dff).PaintDcRect(CRect(2, 3, 4, 5), canvas.Dc());
     EXPECT_TRUE(canvas.All(2, 3, 4, 5, Rgb{255, 45, 0}));
     for (const wxPoint& p : {wxPoint(1, 3), wxPoint(6, 3), wxPoint(2, 2), wxPoint(2, 8)})
         EXPECT_EQ(canvas.At(p.x, p.y), kUntouched) << p.x << "," << p.y;
-}
-
-TEST(ColorRectPainters, NullDeviceContextPaintsNothingAndDoesNotAssert) {
-    CRecordingPainter inner;
-    const CRect rect(0, 0, 5, 5);
-    vtxtest::ExpectWxAsserts asserts;
-    CColorRect(0xffffff).PaintDcRect(rect, nullptr);
-    CColorRectGradient(eGradientVertical, 0, 0xffffff).PaintDcRect(rect, nullptr);
-    CColorRectGradient(eGradientDiagonal, 0, 0xffffff).PaintDcRect(rect, nullptr);
-    CColorRectBoundary(0xffffff, &inner, 1).PaintDcRect(rect, nullptr);
-    CColorRectBmp(nullptr).PaintDcRect(rect, nullptr);
-    CKorvalinBackGround().PaintDcRect(rect, nullptr);
-    EXPECT_EQ(asserts.Count(), 0);
-    EXPECT_TRUE(inner.calls.empty());
 }
 
 TEST(ColorRectGradient, RowsStepFromTheStartColourTruncatingTowardZero) {
@@ -66,60 +44,6 @@ TEST(ColorRectGradient, RowsStepFromTheStartColourTruncatingTowardZero) {
         EXPECT_TRUE(canvas.All(0, 0, 4, 1, kUntouched) && canvas.All(0, height + 1, 4, 1, kUntouched) &&
                     canvas.All(0, 1, 1, height, kUntouched) && canvas.All(3, 1, 1, height, kUntouched));
     }
-}
-
-TEST(ColorRectGradient, DiagonalKindFillsTheStartColourAndAssertsOnce) {
-    CCanvas canvas(8, 6);
-    vtxtest::ExpectWxAsserts asserts;
-    CColorRectGradient(eGradientDiagonal, 0x002dff, 0xffffff).PaintDcRect(CRect(1, 1, 6, 4), canvas.Dc());
-    EXPECT_EQ(asserts.Count(), 1);
-    EXPECT_EQ(asserts.LastCondition(), "0");
-    EXPECT_EQ(asserts.LastFunction(), "PaintDcRect");
-    EXPECT_EQ(asserts.LastFile(), "VisualComponents");
-    EXPECT_EQ(asserts.LastLine(), 123);
-    EXPECT_TRUE(canvas.All(1, 1, 6, 4, Rgb{255, 45, 0}));
-    EXPECT_EQ(canvas.At(0, 0), kUntouched);
-    EXPECT_EQ(canvas.At(7, 5), kUntouched);
-}
-
-TEST(ColorRectBoundary, BorderAroundTheInnerPainter) {
-    CCanvas canvas(10, 10);
-    const CColorRect inner(0x0000ff);
-    CColorRectBoundary(0xff0000, &inner, 2).PaintDcRect(CRect(0, 0, 10, 10), canvas.Dc());
-    EXPECT_TRUE(canvas.All(2, 2, 6, 6, Rgb{255, 0, 0}));
-    const Rgb blue{0, 0, 255};
-    EXPECT_TRUE(canvas.All(0, 0, 10, 2, blue) && canvas.All(0, 8, 10, 2, blue));
-    EXPECT_TRUE(canvas.All(0, 2, 2, 6, blue) && canvas.All(8, 2, 2, 6, blue));
-}
-
-TEST(ColorRectBoundary, BorderWiderThanHalfLeavesTheInnerPainterAnEmptyRectangle) {
-    CCanvas canvas(10, 10);
-    CRecordingPainter inner;
-    CColorRectBoundary(0x00ff00, &inner, 6).PaintDcRect(CRect(0, 0, 10, 10), canvas.Dc());
-    ASSERT_EQ(inner.calls.size(), 1u);
-    EXPECT_EQ(inner.calls[0].first.width, 0);
-    EXPECT_EQ(inner.calls[0].first.height, 0);
-    EXPECT_EQ(inner.calls[0].second, canvas.Dc());
-    EXPECT_TRUE(canvas.All(0, 0, 10, 10, Rgb{0, 255, 0}));
-}
-
-TEST(ColorRectBmp, ScalesTheImageAndSkipsAnInvalidSource) {
-    CCanvas canvas(40, 44);
-    CImageImplementationWX notLoaded;
-    CColorRectBmp(&notLoaded).PaintDcRect(CRect(0, 0, 40, 44), canvas.Dc());
-    CColorRectBmp(nullptr).PaintDcRect(CRect(0, 0, 40, 44), canvas.Dc());
-    CImageImplementationWX frame;
-    ASSERT_TRUE(frame.Load(364, 3));
-    CColorRectBmp(&frame).PaintDcRect(CRect(3, 2, 34, 40), canvas.Dc());
-    // The centre of the half-size copy is the centre of the frame's light inside.
-    const Rgb centre = canvas.At(3 + 17, 2 + 20);
-    const wxImage source = frame.GetImage();
-    EXPECT_NEAR(centre.r, source.GetRed(34, 40), 6);
-    EXPECT_NEAR(centre.g, source.GetGreen(34, 40), 6);
-    EXPECT_NEAR(centre.b, source.GetBlue(34, 40), 6);
-    EXPECT_NE(canvas.At(3 + 17, 2), kUntouched);
-    EXPECT_TRUE(canvas.All(0, 0, 40, 2, kUntouched) && canvas.All(0, 0, 3, 44, kUntouched));
-    EXPECT_TRUE(canvas.All(0, 42, 40, 2, kUntouched) && canvas.All(37, 0, 3, 44, kUntouched));
 }
 
 TEST(KorvalinBackGround, MintWithLighterEllipsesForTheKorvalinOnlyAndInsideItsRectangle) {

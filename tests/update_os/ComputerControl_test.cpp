@@ -7,10 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <filesystem>
 #include <string>
-#include <thread>
 
 using vtxtest::CTestFolder;
 using vtxtest::ReadFile;
@@ -103,17 +101,4 @@ TEST(ComputerControlCommands, ShellCommandGivesTheExitStatus) {
     EXPECT_EQ(RunShellCommand("exit 255"), 255);
     EXPECT_EQ(RunShellCommand("/nonexistent/program 2>/dev/null"), 127);
     EXPECT_EQ(RunShellCommand("kill -KILL $$"), -1);
-}
-
-TEST(ComputerControlSystem, MillisecondsAndDiskSpace) {
-    const uint32_t first = GetMillisecondsSinceFirstCall();
-    std::this_thread::sleep_for(std::chrono::milliseconds(60));
-    const uint32_t elapsed = GetMillisecondsSinceFirstCall() - first;
-    EXPECT_TRUE(elapsed >= 50u && elapsed < 5000u) << elapsed;
-
-    uint64_t total = 0, free = 0, blockSize = 0;
-    double scale = 0;
-    ASSERT_TRUE(GetComputerDiskSpace(total, free, blockSize, scale));
-    EXPECT_TRUE(total > 0u && free <= total && blockSize > 0u);
-    EXPECT_EQ(scale, 1.0);
 }

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <wx/log.h>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -39,15 +38,6 @@ bool EndsWithin(CExternalProc& proc) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return true;
-}
-
-int OpenDescriptorCount() {
-    int count = 0;
-    if (DIR* dir = opendir("/proc/self/fd")) {
-        while (readdir(dir) != nullptr) ++count;
-        closedir(dir);
-    }
-    return count;
 }
 
 }  // namespace
@@ -141,19 +131,4 @@ TEST(ExternalProc, ChildInheritsNoOtherDescriptors) {
     close(stray);
     // ls itself holds one descriptor on the folder it lists.
     EXPECT_EQ(out, "0\n1\n2\n3\n");
-}
-
-TEST(ExternalProc, ConvenienceRunLeavesNoDescriptorsOpen) {
-    const int before = OpenDescriptorCount();
-    // The quotes stay part of the path, so this program cannot be found.
-    RunExternalProgram(true, "/bin/true", "");
-    RunExternalProgram(true, "/bin/echo", "a b");
-    EXPECT_EQ(OpenDescriptorCount(), before);
-    // Without waiting, the program is still drained and reaped in the background.
-    RunExternalProgram(false, "/bin/true", "");
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (OpenDescriptorCount() != before && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    EXPECT_EQ(OpenDescriptorCount(), before);
 }
