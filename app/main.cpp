@@ -3,8 +3,22 @@
 // programs, which link that library and bring their own application object, never create this one.
 #include <wx/app.h>
 
+#include <cstdio>
+#include <cstdlib>
+
 #include "app/ServerApp.h"
+#include "app/WorkerThread.h"
 
 wxIMPLEMENT_APP_NO_MAIN(CServerApp);
 
-int main(int argc, char** argv) { return wxEntry(argc, argv); }
+int main(int argc, char** argv) {
+    const int status = wxEntry(argc, argv);
+    // A worker still busy when the program is stopped (the update procedure in a long copy) goes
+    // on using the program's function-level singletons, text tables and log sink; the destructors
+    // that run at a normal exit would pull them away under it. Such a process ends without them.
+    if (GetRunningWorkerThreadCount() > 0) {
+        std::fflush(nullptr);
+        std::_Exit(status);
+    }
+    return status;
+}
