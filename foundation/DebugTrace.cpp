@@ -1,9 +1,12 @@
 #include "foundation/DebugTrace.h"
 
+#include "foundation/ByteText.h"
+
 #include <wx/log.h>
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <mutex>
 #include <vector>
 
@@ -36,8 +39,7 @@ void VtxDebugTrace(const char* module, const char* function, const char* format,
     va_end(args);
     // Traces often show malformed input: bytes that are not UTF-8 are shown one by one rather
     // than losing the whole line.
-    wxString message = wxString::FromUTF8(text.data());
-    if (message.empty() && text[0] != '\0') message = wxString::From8BitData(text.data());
+    const wxString message = TextFromBytes(text.data(), std::strlen(text.data()));
     // The record keeps these pointers (a worker thread's records are flushed later), so they
     // must outlive the call: the component is the toolkit's own, module and function are literals.
     wxLogger(wxLOG_Debug, module, 0, function, wxLOG_COMPONENT).Log("%s", message);

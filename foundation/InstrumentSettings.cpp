@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "foundation/ByteText.h"
 #include "foundation/TextFile.h"
 
 // ---------------------------------------------------------------------------------------------
@@ -47,13 +48,7 @@ const std::string& CInstrumentSettingsItemBase::GetKey() const {
 namespace {
 const char* const kDateFormatTexts[2] = {"US", "EU"};
 
-// Text from a file: UTF-8 as a rule; bytes that are no valid UTF-8 are taken as Latin-1 rather
-// than lost.
-wxString FileText(const std::string& bytes) {
-    wxString text = wxString::FromUTF8(bytes.data(), bytes.size());
-    if (text.empty() && !bytes.empty()) text = wxString(bytes.data(), wxConvISO8859_1, bytes.size());
-    return text;
-}
+wxString FileText(const std::string& bytes) { return TextFromBytes(bytes); }
 }  // namespace
 
 CInstrumentSettingsDateFormat::CInstrumentSettingsDateFormat(int origin, const std::string* key,

@@ -1,6 +1,7 @@
 // The text forms of the settings item kinds: any value text from a file is read into each kind,
 // and what the item then writes must read back to the same value and be written the same way.
 
+#include "foundation/ByteText.h"
 #include "foundation/InstrumentSettings.h"
 #include "fuzz/FuzzSupport.h"
 
@@ -19,12 +20,6 @@ const std::string kKey = "Fuzz";
 const char* const kLanguageTexts[10] = {"EN", "DK", "SE", "IT", "NL", "FR", "SP", "DE", "JP", "CH"};
 const char* const kReminderTexts[4] = {"BEEP_ONCE", "BEEP_10_SEC", "BEEP_30_SEC", "BEEP_60_SEC"};
 
-// As a settings load hands a value to its item: UTF-8, or Latin-1 when the bytes are no UTF-8.
-wxString ValueText(const std::string& bytes) {
-    wxString text = wxString::FromUTF8(bytes.data(), bytes.size());
-    if (text.empty() && !bytes.empty()) text = wxString(bytes.data(), wxConvISO8859_1, bytes.size());
-    return text;
-}
 
 bool IsDecimal(const std::string& text) {
     if (text.empty() || text.size() > 5) return false;
@@ -72,8 +67,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static CInstrumentSettingsItemTime when(kOrigin, &kKey, kDefaultTime);
 
     const std::string bytes(reinterpret_cast<const char*>(data), size);
-    const wxString text = ValueText(bytes);
+    // As a settings load hands a value to its item.
+    const wxString text = TextFromBytes(bytes);
     const std::string utf8 = text.utf8_string();
+    // Well-formed UTF-8 comes through unchanged; anything else byte for byte as Latin-1.
+    VTX_FUZZ_CHECK(IsWellFormedUtf8(bytes.data(), bytes.size()) ? utf8 == bytes : text.length() == bytes.size());
 
     CheckEnum(language, kLanguageTexts, text);
     CheckEnum(reminder, kReminderTexts, text);

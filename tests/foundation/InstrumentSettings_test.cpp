@@ -83,6 +83,9 @@ TEST_F(SettingsFile, KeysAreFoundAnywhereInALineAndValuesAreTakenExactly) {
         // What the reader can make out of a damaged file is taken.
         {"Language = SE", eLanguageSwedish, eDateFormatUS},
         {"Language = DE\0trailing\r\nDateFormat = \0EU\r\n"s, eLanguageGerman, eDateFormatUS},
+        // Bytes that are no UTF-8 (past U+10FFFF, a surrogate, Latin-1) are a value like any other.
+        {"Language = \xf4\x96\x9e\x9e\r\nDateFormat = EU\r\n", eLanguageEnglish, eDateFormatEU},
+        {"Language = \xed\xa0\x80\r\nDateFormat = \xc9U\r\n", eLanguageEnglish, eDateFormatUS},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file);
