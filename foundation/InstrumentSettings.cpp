@@ -47,8 +47,6 @@ const std::string& CInstrumentSettingsItemBase::GetKey() const {
 
 namespace {
 const char* const kDateFormatTexts[2] = {"US", "EU"};
-
-wxString FileText(const std::string& bytes) { return TextFromBytes(bytes); }
 }  // namespace
 
 CInstrumentSettingsDateFormat::CInstrumentSettingsDateFormat(int origin, const std::string* key,
@@ -68,7 +66,7 @@ CInstrumentSettingsItemString::CInstrumentSettingsItemString(int origin, const s
 
 void CInstrumentSettingsItemString::SetFromText(const wxString& text) { m_value.Set(text.utf8_string()); }
 void CInstrumentSettingsItemString::ResetToDefault(int) { m_value.Set(m_default); }
-wxString CInstrumentSettingsItemString::GetAsText() const { return FileText(m_value.Get()); }
+wxString CInstrumentSettingsItemString::GetAsText() const { return TextFromBytes(m_value.Get()); }
 
 CInstrumentSettingsItemValue<unsigned short>::CInstrumentSettingsItemValue(int origin, const std::string* key,
                                                                            unsigned short defaultValue)
@@ -222,7 +220,7 @@ bool CInstrumentSettingsCollection::LoadOriginFromFile(int origin, const std::st
 
     // An empty value leaves the item as it is, yet the key counts as present.
     for (size_t i = 0; i < list.GetCount(); ++i) {
-        if (found[i] && !values[i].empty()) list.GetItems()[i]->SetFromText(FileText(values[i]));
+        if (found[i] && !values[i].empty()) list.GetItems()[i]->SetFromText(TextFromBytes(values[i]));
     }
     return static_cast<size_t>(count) == list.GetCount();
 }
