@@ -8,13 +8,13 @@ CTEST_ARGS ?=
 SUDO       := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
 # Debian packages the build, the tests and the rehearsal need.
-PACKAGES := build-essential cmake ninja-build pkg-config python3 gettext \
+PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib gettext \
             libwxgtk3.2-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev \
             xvfb xauth x11-apps x11-utils imagemagick util-linux \
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
             clang libclang-rt-dev
 
-.PHONY: all deps configure build check rehearse asan tsan clean format fuzz bench package
+.PHONY: all deps configure build check rehearse asan tsan clean format fuzz bench package po-update
 
 all: build
 
@@ -45,6 +45,20 @@ rehearse: build
 bench: configure
 	cmake --build $(BUILD) -j $(JOBS) --target update vtx_bench_minimal vtx_microbench
 	bench/run-bench --build $(BUILD) $(BENCH_ARGS)
+
+# After an English text changed in language/texts/en.po: the template texts.pot is made anew from
+# it, and every translation is merged with it, so that a translation whose English changed turns
+# fuzzy (or untranslated) and the build refuses it until a translator has checked it. en_pellam.po
+# (its own wording, texts left empty on purpose) and dev.po (not translated) are kept by hand.
+TEXTS        := language/texts
+TRANSLATIONS := da sv it nl fr es de ja zh
+
+po-update:
+	msgfilter --keep-header --no-wrap -i $(TEXTS)/en.po -o $(TEXTS)/texts.pot sed -e d
+	sed -i -e '1s/, English\.$$/: template for translations (make po-update)./' $(TEXTS)/texts.pot
+	for l in $(TRANSLATIONS); do \
+	  msgmerge --quiet --update --backup=none --previous --no-wrap $(TEXTS)/$$l.po $(TEXTS)/texts.pot || exit 1; \
+	done
 
 # The Debian package of the program (installs it as /home/vtx/Code/update), into $(BUILD).
 package: configure

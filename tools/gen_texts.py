@@ -7,242 +7,114 @@ indexed by (text id - first id):
     gen_texts.py --table en --first-id 0 --count 568 \
                  --out texts_en.cpp --symbol TEXTS_EN language/texts/en.po
 
-Placeholder mode compares the number of "<TAG_AMOUNT>" in each text of
-the first file with the same text id in the other files:
+Check mode holds the translations (the other files) against the English
+(the first): every file as in table mode, and each text with as many
+"<TAG_AMOUNT>" as the English one. The build runs it before the tables, so
+that one run names every translation that needs work:
 
-    gen_texts.py --check-placeholders en.po de.po fr.po ...
+    gen_texts.py --check en.po de.po fr.po ...
 
 Problems are reported as "file:line: message" on stderr, exit status 1.
 
-Conventions (see language/texts/README.md):
-  * msgctxt is the decimal text id; msgstr is the text of this table.
-  * msgstr "" is the empty text, not "untranslated": gettext would fall back
-    to msgid, the instrument shows nothing.
+The syntax of the files is gettext's: they must pass "msgfmt --check"
+before polib reads them. What is left here are the rules of the tables
+(see language/texts/README.md):
+  * msgctxt is the decimal text id; a table holds each of its ids once.
+  * msgstr "" is an untranslated text and refused, unless the table is
+    given --allow-empty: then it is an empty text, which the instrument
+    shows as nothing (gettext would fall back to msgid).
   * An empty source text cannot be written as msgid "" (that is the PO
-    header), so it is flagged "#, vtx-empty" with msgid "(empty)" and
-    msgstr "".
+    header), so it is msgid "(empty)" with msgstr "".
+  * A fuzzy entry is refused: msgfmt leaves it out, the instrument would
+    show a text nobody has checked.
 """
 
 import argparse
 import os
 import re
+import subprocess
 import sys
 import tempfile
 
+try:
+    import polib
+except ImportError:
+    # python3-polib is a Debian package: the system's python3 has it, a python3 of a version
+    # manager earlier on PATH may not.
+    SYSTEM_PYTHON = "/usr/bin/python3"
+    if os.path.exists(SYSTEM_PYTHON) and \
+            os.path.realpath(sys.executable) != os.path.realpath(SYSTEM_PYTHON):
+        os.execv(SYSTEM_PYTHON, [SYSTEM_PYTHON] + sys.argv)
+    sys.exit("gen_texts.py: needs polib (Debian package python3-polib)")
+
 PLACEHOLDER = "<TAG_AMOUNT>"
-EMPTY_FLAG = "vtx-empty"
-EMPTY_MSGID = "(empty)"
+EMPTY_SOURCE = "(empty)"
 
-_ESCAPES = {"n": "\n", "r": "\r", "t": "\t", '"': '"', "\\": "\\"}
-_ID_RE = re.compile(r"^(0|[1-9][0-9]*)$")
-_KEYWORD_RE = re.compile(r"^(msgctxt|msgid|msgstr|msgid_plural|msgstr\[\d+\])\s+(.*)$")
+_ID_RE = re.compile(r"(0|[1-9][0-9]*)\Z")
 _IDENT_RE = re.compile(r"^[A-Za-z_][A-Za-z0-9_]*$")
-# Control characters other than the escapes \n \r \t: a NUL would silently cut the text short
-# in the generated table, the others are invisible damage from an editor.
-_CONTROL_RE = re.compile(r"[\x00-\x08\x0b\x0c\x0e-\x1f\x7f]")
+# A control character other than \n \r \t is invisible damage from an editor, and a NUL would cut
+# the text short in the generated table. A backslash is what polib leaves of an escape it does not
+# know (\x41, \101), which msgfmt accepts and reads differently.
+_BAD_CHAR_RE = re.compile(r"[\x00-\x08\x0b\x0c\x0e-\x1f\x7f\\]")
 
 
-class PoError(Exception):
-    def __init__(self, path, line, message):
-        super().__init__("%s:%d: %s" % (path, line, message))
+class TableError(Exception):
+    def __init__(self, problems):
+        super().__init__("\n".join(problems))
+        self.problems = problems
 
 
-class PoErrors(Exception):
-    def __init__(self, errors):
-        super().__init__("\n".join(str(e) for e in errors))
-        self.errors = errors
+def _quoted(text):
+    return '"%s"' % text.replace("\n", "\\n").replace("\r", "\\r")
 
 
-class Entry:
-    def __init__(self, line):
-        self.line = line          # line of the entry's first keyword
-        self.flags = set()
-        self.msgctxt = None
-        self.msgid = None
-        self.msgstr = None
-        self.bad = False          # already reported, keep out of the table
+def read_table(path, allow_empty=False):
+    """The entries of a PO file by text id, or TableError listing every problem."""
+    try:
+        check = subprocess.run(["msgfmt", "--check", "-o", os.devnull, path],
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                               encoding="utf-8", errors="replace")
+    except OSError:
+        raise TableError(["%s: cannot run msgfmt (Debian package gettext)" % path])
+    if check.returncode != 0:
+        raise TableError(check.stderr.splitlines() or ["%s: msgfmt --check failed" % path])
+    try:
+        po = polib.pofile(path)
+    except (OSError, UnicodeError) as exc:
+        raise TableError(["%s: %s" % (path, exc)])
 
-
-class PoFile:
-    def __init__(self, path):
-        self.path = path
-        self.header = None
-        self.entries = []         # Entry objects with a text id, file order
-        self.last_line = 1
-
-    def text_ids(self):
-        return {int(e.msgctxt): e for e in self.entries}
-
-
-def _unquote(s):
-    s = s.strip()
-    if len(s) < 2 or s[0] != '"' or s[-1] != '"':
-        raise ValueError("expected a quoted string")
-    out = []
-    i, end = 1, len(s) - 1
-    while i < end:
-        c = s[i]
-        if c == "\\":
-            if i + 1 >= end:
-                raise ValueError("backslash at end of string")
-            e = s[i + 1]
-            if e not in _ESCAPES:
-                raise ValueError("unsupported escape '\\%s' (use \\n \\r \\t \\\" \\\\)" % e)
-            out.append(_ESCAPES[e])
-            i += 2
-        elif c == '"':
-            raise ValueError('unescaped " inside string')
-        else:
-            out.append(c)
-            i += 1
-    return "".join(out)
-
-
-def _finish(po, entry, errors):
-    if entry is None or (entry.msgctxt is None and entry.msgid is None and entry.msgstr is None):
-        return                    # nothing but comments
-    if entry.bad:
-        return
-    where = (po.path, entry.line)
-    if entry.msgid is None or entry.msgstr is None:
-        errors.append(PoError(*where, "entry needs both msgid and msgstr"))
-        return
-    if entry.msgctxt is None:
-        if entry.msgid != "":
-            errors.append(PoError(*where, "entry without msgctxt (text id)"))
-        elif po.header is not None:
-            errors.append(PoError(*where, "second PO header"))
-        else:
-            po.header = entry
-        return
-    if not _ID_RE.match(entry.msgctxt):
-        errors.append(PoError(*where, "msgctxt must be a decimal text id, got %r" % entry.msgctxt))
-        return
-    if entry.msgid == "":
-        errors.append(PoError(*where, 'empty msgid: write an empty text as "#, %s", '
-                                      'msgid "%s", msgstr ""' % (EMPTY_FLAG, EMPTY_MSGID)))
-        return
-    if "fuzzy" in entry.flags:
-        # msgfmt would drop it silently; on the instrument it would be a
-        # blank or stale text, so make someone look at it.
-        errors.append(PoError(*where, "fuzzy entry: review the text and remove the fuzzy flag"))
-        return
-    bad = _CONTROL_RE.search(entry.msgstr)
-    if bad:
-        errors.append(PoError(*where, "control character U+%04X in msgstr" % ord(bad.group())))
-        return
-    if EMPTY_FLAG in entry.flags:
-        if entry.msgid != EMPTY_MSGID:
-            errors.append(PoError(*where, '%s entry must have msgid "%s"' % (EMPTY_FLAG, EMPTY_MSGID)))
-            return
-        if entry.msgstr != "":
-            errors.append(PoError(*where, 'the source text is empty, so msgstr must be ""'))
-            return
-    po.entries.append(entry)
-
-
-def parse_po(path):
-    """Parse a PO file; raises PoErrors listing every problem found."""
-    with open(path, "rb") as f:
-        raw = f.read()
-    if raw.startswith(b"\xef\xbb\xbf"):
-        raw = raw[3:]
-    po = PoFile(path)
-    errors = []
-    lines = raw.split(b"\n")
-    if lines and lines[-1] == b"":
-        lines.pop()
-    po.last_line = max(len(lines), 1)
-
-    def fail(lineno, message):
-        # Keep parsing so that one run reports every problem, but never let
-        # a damaged entry into the table or cause follow-up messages.
-        errors.append(PoError(path, lineno, message))
-        if entry is not None:
-            entry.bad = True
-
-    entry = None
-    field = None              # attribute of entry that continuation lines extend
-    for lineno, bline in enumerate(lines, 1):
-        try:
-            line = bline.decode("utf-8")
-        except UnicodeDecodeError as exc:
-            line = bline.decode("utf-8", "replace")
-            fail(lineno, "invalid UTF-8 at byte %d" % (exc.start + 1))
-        line = line.strip()
-        if not line:
-            continue                  # blank lines may even split a string
-        if line.startswith("#~"):
-            field = None              # obsolete entry, not part of the table
+    problems, entries = [], {}
+    for e in po:
+        if e.obsolete:
             continue
-        if line.startswith("#"):
-            if entry is not None and entry.msgstr is not None:
-                _finish(po, entry, errors)
-                entry = None
-            if entry is None:
-                entry = Entry(lineno)
-            if line.startswith("#,"):
-                entry.flags.update(f.strip() for f in line[2:].split(",") if f.strip())
-            field = None
+        where = "%s:%d: " % (path, e.linenum)
+        if not _ID_RE.match(e.msgctxt or ""):
+            problems.append(where + "msgctxt must be the decimal text id, got %r" % e.msgctxt)
             continue
-        if line.startswith('"'):
-            if entry is None or field is None:
-                fail(lineno, "string continuation without a keyword")
-                continue
-            try:
-                setattr(entry, field, getattr(entry, field) + _unquote(line))
-            except ValueError as exc:
-                fail(lineno, str(exc))
-            continue
-
-        m = _KEYWORD_RE.match(line)
-        key = m.group(1) if m else None
-        if key in ("msgctxt", "msgid", "msgstr"):
-            starts_new = entry is not None and (
-                entry.msgstr is not None or
-                (key != "msgstr" and getattr(entry, key) is not None) or
-                (key == "msgctxt" and entry.msgid is not None))
-            if starts_new:
-                _finish(po, entry, errors)
-                entry = None
-        if entry is None:
-            entry = Entry(lineno)
-        if key is None:
-            fail(lineno, "cannot parse line")
-            field = None
-            continue
-        if key == "msgid_plural" or key.startswith("msgstr["):
-            fail(lineno, "plural forms are not used in text tables")
-            field = None
-            continue
-        if key == "msgstr" and entry.msgid is None:
-            fail(lineno, "msgstr without msgid")
-        if entry.msgctxt is None and entry.msgid is None:
-            entry.line = lineno       # point messages at the text, not its comments
-        try:
-            setattr(entry, key, _unquote(m.group(2)))
-        except ValueError as exc:
-            setattr(entry, key, "")
-            fail(lineno, str(exc))
-        field = key
-    _finish(po, entry, errors)
-
-    if po.header is None:
-        errors.append(PoError(path, 1, 'no PO header (msgid "" with Content-Type)'))
-    elif not re.search(r"charset\s*=\s*utf-8\b", po.header.msgstr, re.IGNORECASE):
-        errors.append(PoError(path, po.header.line, "header must declare charset=UTF-8"))
-
-    seen = {}
-    for e in po.entries:
         tid = int(e.msgctxt)
-        if tid in seen:
-            errors.append(PoError(path, e.line, "text id %d already defined on line %d"
-                                  % (tid, seen[tid].line)))
-        else:
-            seen[tid] = e
-    if errors:
-        raise PoErrors(errors)
-    return po
+        if tid in entries:
+            problems.append(where + "text %d already defined on line %d"
+                            % (tid, entries[tid].linenum))
+            continue
+        entries[tid] = e
+        bad = _BAD_CHAR_RE.search(e.msgstr)
+        if e.fuzzy:
+            problems.append(where + "text %d %s is fuzzy: check the translation, "
+                                    "then remove the flag" % (tid, _quoted(e.msgstr)))
+        elif e.msgid == EMPTY_SOURCE and e.msgstr:
+            problems.append(where + 'text %d: the source text is empty (msgid "%s"), '
+                                    'so msgstr must be ""' % (tid, EMPTY_SOURCE))
+        elif not e.msgstr and e.msgid != EMPTY_SOURCE and not allow_empty:
+            problems.append(where + "text %d %s is not translated" % (tid, _quoted(e.msgid)))
+        elif bad and bad.group() == "\\":
+            problems.append(where + "text %d: backslash in msgstr (escapes: \\n \\r \\t \\\")"
+                            % tid)
+        elif bad:
+            problems.append(where + "text %d: control character U+%04X in msgstr"
+                            % (tid, ord(bad.group())))
+    if problems:
+        raise TableError(problems)
+    return entries
 
 
 def _ranges(ids):
@@ -257,24 +129,40 @@ def _ranges(ids):
     return ", ".join(out)
 
 
-def check_table(po, first_id, count):
-    """Return the texts for ids first_id..first_id+count-1, or raise PoErrors."""
-    errors = []
-    texts = [None] * count
-    for e in po.entries:
-        tid = int(e.msgctxt)
-        if not first_id <= tid < first_id + count:
-            errors.append(PoError(po.path, e.line, "text id %d outside this table (%d..%d)"
-                                  % (tid, first_id, first_id + count - 1)))
-            continue
-        texts[tid - first_id] = e.msgstr
-    missing = [first_id + i for i, t in enumerate(texts) if t is None]
+def table_texts(path, entries, first_id, count):
+    """The texts for ids first_id..first_id+count-1, or TableError."""
+    last_id = first_id + count - 1
+    problems = ["%s:%d: text %d outside this table (%d..%d)"
+                % (path, e.linenum, tid, first_id, last_id)
+                for tid, e in sorted(entries.items()) if not first_id <= tid <= last_id]
+    missing = [tid for tid in range(first_id, first_id + count) if tid not in entries]
     if missing:
-        errors.append(PoError(po.path, po.last_line, "table has %d of %d texts; missing text id(s) %s"
-                              % (count - len(missing), count, _ranges(missing))))
-    if errors:
-        raise PoErrors(errors)
-    return texts
+        problems.append("%s: table has %d of %d texts; missing text id(s) %s"
+                        % (path, count - len(missing), count, _ranges(missing)))
+    if problems:
+        raise TableError(problems)
+    return [entries[tid].msgstr for tid in range(first_id, first_id + count)]
+
+
+def check_translations(paths):
+    """Problems of the translations paths[1:] and of their English paths[0], as strings."""
+    problems, tables = [], []
+    for path in paths:
+        try:
+            tables.append((path, read_table(path)))
+        except TableError as exc:
+            problems += exc.problems
+    if problems:
+        return problems
+    ref_path, ref = tables[0]
+    for path, entries in tables[1:]:
+        for tid, e in sorted(entries.items()):
+            want = ref[tid].msgstr.count(PLACEHOLDER) if tid in ref else 0
+            got = e.msgstr.count(PLACEHOLDER)
+            if want != got:
+                problems.append("%s:%d: text %d has %d %s, %s has %d"
+                                % (path, e.linenum, tid, got, PLACEHOLDER, ref_path, want))
+    return problems
 
 
 def cpp_literal(text):
@@ -352,31 +240,12 @@ def write_atomically(path, data):
         raise
 
 
-def check_placeholders(paths):
-    """Return a list of PoError for ids whose placeholder count differs."""
-    files = [parse_po(p) for p in paths]
-    ref = files[0]
-    ref_ids = ref.text_ids()
-    problems = []
-    for other in files[1:]:
-        for e in other.entries:
-            r = ref_ids.get(int(e.msgctxt))
-            # An empty text is one the instrument does not show, so it has
-            # nothing to fill in.
-            if r is None or e.msgstr == "":
-                continue
-            want, got = r.msgstr.count(PLACEHOLDER), e.msgstr.count(PLACEHOLDER)
-            if want != got:
-                problems.append(PoError(other.path, e.line,
-                                        "text id %s has %d %s, %s has %d"
-                                        % (e.msgctxt, got, PLACEHOLDER, ref.path, want)))
-    return problems
-
-
 def main(argv=None):
     ap = argparse.ArgumentParser(description="Generate C++ text tables from PO files.")
-    ap.add_argument("--check-placeholders", action="store_true",
-                    help="compare %s counts of the other files against the first" % PLACEHOLDER)
+    ap.add_argument("--check", action="store_true",
+                    help="check the translations (the other files) against the English (the first)")
+    ap.add_argument("--allow-empty", action="store_true",
+                    help='msgstr "" is an empty text, not an untranslated one')
     ap.add_argument("--table", help="table name, for the generated comment")
     ap.add_argument("--first-id", type=int, help="text id of the first entry")
     ap.add_argument("--count", type=int, help="number of texts in the table")
@@ -386,10 +255,10 @@ def main(argv=None):
     args = ap.parse_args(argv)
 
     try:
-        if args.check_placeholders:
+        if args.check:
             if len(args.po) < 2:
-                ap.error("--check-placeholders needs a reference file and at least one other")
-            problems = check_placeholders(args.po)
+                ap.error("--check needs the English file and at least one translation")
+            problems = check_translations(args.po)
             for p in problems:
                 print(p, file=sys.stderr)
             return 1 if problems else 0
@@ -405,14 +274,13 @@ def main(argv=None):
         if not all(_IDENT_RE.match(n) for n in args.symbol.split("::")):
             ap.error("--symbol must be a C++ identifier, optionally qualified with ::")
 
-        po = parse_po(args.po[0])
-        texts = check_table(po, args.first_id, args.count)
-        write_atomically(args.out, render_cpp(args.table, os.path.basename(args.po[0]),
+        path = args.po[0]
+        texts = table_texts(path, read_table(path, args.allow_empty), args.first_id, args.count)
+        write_atomically(args.out, render_cpp(args.table, os.path.basename(path),
                                               args.symbol, args.first_id, texts))
         return 0
-    except PoErrors as exc:
-        for e in exc.errors:
-            print(e, file=sys.stderr)
+    except TableError as exc:
+        print(exc, file=sys.stderr)
         return 1
     except OSError as exc:
         print("%s: %s" % (exc.filename or "gen_texts.py", exc.strerror), file=sys.stderr)
