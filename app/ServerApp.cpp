@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -44,20 +43,27 @@ void ReportToolkitAssert(const wxString& file, int line, const wxString& functio
     LogInternalError(&ToolkitField(), text);
 }
 
-// The benchmarks' view of the screen (bench/run-bench). With VTX_BENCH_PAINTS in the environment,
-// every paint of a window is reported on stderr as "vtx-bench paint <seconds> <class>", and once
-// the first drawing pass has been handled, "vtx-bench first-paint <seconds>"; the seconds are
-// CLOCK_MONOTONIC, which the measuring script shares. The probe only watches: each paint goes on
-// to its window as usual. Without the variable nothing is installed.
+// What the screen shows, for the benchmarks (bench/run-bench) and the screenshots of the
+// end-to-end runs (tools/screenshot). With VTX_BENCH_PAINTS in the environment, every paint of a
+// window is reported on stderr as "vtx-bench paint <seconds> <class>" when it starts and as
+// "vtx-bench drawn <seconds> <class>" once its drawing pass has been handled (so what it drew is
+// on the display), and after the first pass also "vtx-bench first-paint <seconds>". The seconds
+// are CLOCK_MONOTONIC, which the measuring script shares. The probe only watches: each paint goes
+// on to its window as usual. Without the variable nothing is installed.
 class CPaintProbe : public wxEventFilter {
 public:
     int FilterEvent(wxEvent& event) override {
         if (event.GetEventType() != wxEVT_PAINT) return Event_Skip;
-        Report("paint", ClassName(event.GetEventObject()));
-        if (!m_firstSeen && wxTheApp) {
-            m_firstSeen = true;
+        const std::string name = ClassName(event.GetEventObject());
+        Report("paint", name);
+        if (wxTheApp) {
             // Handled after the drawing pass that this paint belongs to, children included.
-            wxTheApp->CallAfter([] { Report("first-paint", std::string()); });
+            const bool first = !m_firstSeen;
+            m_firstSeen = true;
+            wxTheApp->CallAfter([name, first] {
+                Report("drawn", name);
+                if (first) Report("first-paint", std::string());
+            });
         }
         return Event_Skip;
     }
@@ -139,8 +145,6 @@ bool CServerApp::OnInit() {
     // The toolkit logs to the console too; its default GUI target would open message boxes.
     delete wxLog::SetActiveTarget(new wxLogStderr);
     wxSetAssertHandler(&ReportToolkitAssert);
-    SetSignalHandler(SIGTERM, &CServerApp::OnStopSignal);
-    SetSignalHandler(SIGINT, &CServerApp::OnStopSignal);
     if (std::getenv("VTX_BENCH_PAINTS") && !g_paintProbe) {
         g_paintProbe = new CPaintProbe;
         wxEvtHandler::AddFilter(g_paintProbe);
@@ -175,8 +179,4 @@ void CServerApp::CleanUp() {
         delete g_logSink;
         g_logSink = nullptr;
     }
-}
-
-void CServerApp::OnStopSignal(int) {
-    if (wxTheApp) wxTheApp->ExitMainLoop();
 }

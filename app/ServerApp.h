@@ -17,10 +17,6 @@ public:
     // Deletes the frame and clears its pointer. The toolkit's own clean-up is not run from here:
     // the frame is taken down here and nowhere else.
     void CleanUp() override;
-
-    // The stop request of the instrument's shutdown (SIGTERM) or a console (SIGINT): ends the
-    // main loop, so that the program takes itself down in order. Runs on the GUI thread.
-    static void OnStopSignal(int signal);
 };
 
 // Owned by CServerApp (created in OnInit, deleted in CleanUp).

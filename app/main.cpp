@@ -13,8 +13,8 @@ wxIMPLEMENT_APP_NO_MAIN(CServerApp);
 
 int main(int argc, char** argv) {
     const int status = wxEntry(argc, argv);
-    // A worker still busy when the program is stopped (the update procedure in a long copy) goes
-    // on using the program's function-level singletons, text tables and log sink; the destructors
+    // A worker still busy when the main loop ends (the frame closed during a long copy) goes on
+    // using the program's function-level singletons, text tables and log sink; the destructors
     // that run at a normal exit would pull them away under it. Such a process ends without them.
     if (GetRunningWorkerThreadCount() > 0) {
         std::fflush(nullptr);

@@ -39,3 +39,21 @@ wxString TextFromBytes(const char* data, size_t size) {
     if (IsWellFormedUtf8(data, size)) return wxString::FromUTF8(data, size);
     return wxString(data, wxConvISO8859_1, size);
 }
+
+wxString TextCarryingBytes(const std::string& bytes) {
+    wxString text;
+    text.reserve(bytes.size());
+    // As a code point: a char above 0x7F would go through the locale's decoding instead.
+    for (const char byte : bytes) text += wxUniChar(static_cast<unsigned>(static_cast<unsigned char>(byte)));
+    return text;
+}
+
+std::string BytesCarriedByText(const wxString& text) {
+    std::string bytes;
+    bytes.reserve(text.length());
+    for (const wxUniChar c : text) {
+        if (c.GetValue() > 0xFF) return text.utf8_string();
+        bytes += static_cast<char>(c.GetValue());
+    }
+    return bytes;
+}

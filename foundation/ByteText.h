@@ -15,3 +15,9 @@ bool IsWellFormedUtf8(const char* data, size_t size);
 
 wxString TextFromBytes(const char* data, size_t size);
 inline wxString TextFromBytes(const std::string& bytes) { return TextFromBytes(bytes.data(), bytes.size()); }
+
+// Settings values travel through the toolkit's text type one character per byte, so that a value
+// goes back to its file exactly as it came (a byte E9 stays E9). These two never fail or assert;
+// a text holding characters past U+00FF did not come from a file and goes out as UTF-8.
+wxString TextCarryingBytes(const std::string& bytes);
+std::string BytesCarriedByText(const wxString& text);

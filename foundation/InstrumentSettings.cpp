@@ -56,7 +56,7 @@ CInstrumentSettingsDateFormat::CInstrumentSettingsDateFormat(int origin, const s
 CInstrumentSettingsItemBool::CInstrumentSettingsItemBool(int origin, const std::string* key, bool defaultValue)
     : CInstrumentSettingsItemBase(origin, key), m_value(defaultValue), m_default(defaultValue) {}
 
-void CInstrumentSettingsItemBool::SetFromText(const wxString& text) { m_value.Set(text.utf8_string() == "TRUE"); }
+void CInstrumentSettingsItemBool::SetFromText(const wxString& text) { m_value.Set(BytesCarriedByText(text) == "TRUE"); }
 void CInstrumentSettingsItemBool::ResetToDefault(int) { m_value.Set(m_default); }
 wxString CInstrumentSettingsItemBool::GetAsText() const { return m_value.Get() ? "TRUE" : "FALSE"; }
 
@@ -64,29 +64,28 @@ CInstrumentSettingsItemString::CInstrumentSettingsItemString(int origin, const s
                                                              std::string defaultValue)
     : CInstrumentSettingsItemBase(origin, key), m_value(defaultValue), m_default(std::move(defaultValue)) {}
 
-void CInstrumentSettingsItemString::SetFromText(const wxString& text) { m_value.Set(text.utf8_string()); }
+void CInstrumentSettingsItemString::SetFromText(const wxString& text) { m_value.Set(BytesCarriedByText(text)); }
 void CInstrumentSettingsItemString::ResetToDefault(int) { m_value.Set(m_default); }
-wxString CInstrumentSettingsItemString::GetAsText() const { return TextFromBytes(m_value.Get()); }
+wxString CInstrumentSettingsItemString::GetAsText() const { return TextCarryingBytes(m_value.Get()); }
 
 CInstrumentSettingsItemValue<unsigned short>::CInstrumentSettingsItemValue(int origin, const std::string* key,
                                                                            unsigned short defaultValue)
     : CInstrumentSettingsItemBase(origin, key), m_value(defaultValue), m_default(defaultValue) {}
 
 void CInstrumentSettingsItemValue<unsigned short>::SetFromText(const wxString& text) {
-    // The stream leaves the default in place when no number can be read; out-of-range numbers
-    // fail the same way instead of wrapping. A negative number is out of range too, but the
-    // stream would wrap it round without complaint ("-1" as 65535), so the sign is refused first.
+    // What the stream makes of the text is the value ("-1" gives 65535, "70000" the largest
+    // value), except that a text without a number keeps the default the read started from: the
+    // stream writes 0 there.
     unsigned short value = m_default;
-    std::istringstream in(text.utf8_string());
-    in >> std::ws;
-    if (in.peek() == '-' || !(in >> value)) value = m_default;
+    std::istringstream in(BytesCarriedByText(text));
+    if (!(in >> value) && value == 0) value = m_default;
     m_value.Set(value);
 }
 void CInstrumentSettingsItemValue<unsigned short>::ResetToDefault(int) { m_value.Set(m_default); }
 wxString CInstrumentSettingsItemValue<unsigned short>::GetAsText() const {
     std::ostringstream out;
     out << m_value.Get();
-    return wxString::FromUTF8(out.str());
+    return TextCarryingBytes(out.str());
 }
 
 CInstrumentSettingsItemTime::CInstrumentSettingsItemTime(int origin, const std::string* key,
@@ -95,7 +94,7 @@ CInstrumentSettingsItemTime::CInstrumentSettingsItemTime(int origin, const std::
 
 void CInstrumentSettingsItemTime::SetFromText(const wxString& text) {
     CInstrumentTime parsed = m_default;
-    if (CInstrumentTime::ParseSettings(text.utf8_string(), parsed)) {
+    if (CInstrumentTime::ParseSettings(BytesCarriedByText(text), parsed)) {
         m_value.Set(parsed);
     } else {
         m_value.Set(m_default);
@@ -104,7 +103,7 @@ void CInstrumentSettingsItemTime::SetFromText(const wxString& text) {
 void CInstrumentSettingsItemTime::ResetToDefault(int) { m_value.Set(m_default); }
 wxString CInstrumentSettingsItemTime::GetAsText() const {
     const CInstrumentTime value = m_value.Get();
-    return value.IsValid() ? wxString::FromUTF8(value.FormatSettings()) : wxString();
+    return value.IsValid() ? TextCarryingBytes(value.FormatSettings()) : wxString();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -220,7 +219,7 @@ bool CInstrumentSettingsCollection::LoadOriginFromFile(int origin, const std::st
 
     // An empty value leaves the item as it is, yet the key counts as present.
     for (size_t i = 0; i < list.GetCount(); ++i) {
-        if (found[i] && !values[i].empty()) list.GetItems()[i]->SetFromText(TextFromBytes(values[i]));
+        if (found[i] && !values[i].empty()) list.GetItems()[i]->SetFromText(TextCarryingBytes(values[i]));
     }
     return static_cast<size_t>(count) == list.GetCount();
 }
@@ -230,7 +229,7 @@ bool CInstrumentSettingsCollection::SaveOriginToFile(int origin, const std::stri
     if (!writer.Open(path, false)) return false;
     const CInstrumentSettingsItemOriginCount list(*this, origin);
     for (CInstrumentSettingsItemBase* item : list.GetItems()) {
-        writer.WriteLine(item->GetKey() + kSeparator + item->GetAsText().utf8_string());
+        writer.WriteLine(item->GetKey() + kSeparator + BytesCarriedByText(item->GetAsText()));
     }
     writer.Close();
     return true;

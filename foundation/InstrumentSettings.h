@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/ByteText.h"
 #include "foundation/Collectors.h"
 #include "foundation/EnumType.h"
 #include "foundation/InstrumentEnums.h"
@@ -54,7 +55,8 @@ enum eInstrumentKey {
 // The key text; an unknown key gives an empty text. The strings live until program exit.
 const std::string& GetInstrumentKey(eInstrumentKey key);
 
-// The text side of an item.
+// The text side of an item. The text carries the bytes of the file's value, one character per
+// byte (foundation/ByteText.h), so that a load and a save keep every value byte for byte.
 class CInstrumentSettingsInterface {
 public:
     virtual ~CInstrumentSettingsInterface() = default;
@@ -98,9 +100,9 @@ public:
 
     // Exact match against the member texts in order; no match gives the default.
     void SetFromText(const wxString& text) override {
-        const std::string utf8 = text.utf8_string();
+        const std::string bytes = BytesCarriedByText(text);
         for (int i = 0; i < N; ++i) {
-            if (utf8 == (*m_texts)[i]) {
+            if (bytes == (*m_texts)[i]) {
                 m_value.Set(i);
                 return;
             }
@@ -108,7 +110,7 @@ public:
         m_value.Set(static_cast<int>(m_value.GetDefault()));
     }
     void ResetToDefault(int) override { m_value.Set(static_cast<int>(m_value.GetDefault())); }
-    wxString GetAsText() const override { return wxString::FromUTF8(GetText(m_value.GetValue())); }
+    wxString GetAsText() const override { return TextCarryingBytes(GetText(m_value.GetValue())); }
 
     E Get() const { return m_value.Get(); }
     int GetValue() const { return m_value.GetValue(); }

@@ -25,7 +25,9 @@ public:
         return m_open;
     }
     bool IsOpen() const { return m_open; }
-    bool IsEof() const { return !m_open || m_stream.eof(); }
+    // The stream's end-of-file state only: after a failed Open the reader is failed, not at its
+    // end, so callers test Open's result before they loop on IsEof.
+    bool IsEof() const { return m_stream.eof(); }
 
     // The next line without its line end. A line longer than the buffer comes back cut at the
     // buffer's length and its rest follows as the next line, so a reader looping until IsEof

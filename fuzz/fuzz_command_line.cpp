@@ -6,6 +6,7 @@
 #include "fuzz/FuzzSupport.h"
 
 #include <cstddef>
+#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -74,11 +75,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     // Only the pair 1 and N selects a command; everything else is the normal update.
     const eUpdateCommandLineSpecialCmdParamCmd command = GetSpecialCommandFromCommandLine(handler);
-    if (count != 2 || std::strtol(parameters[0].c_str(), nullptr, 10) != 1) {
+    // Numbers as the instrument's 32-bit strtol reads them: saturated at its range.
+    const auto read32 = [](const std::string& text) {
+        const long value = std::strtol(text.c_str(), nullptr, 10);
+        return static_cast<int32_t>(value > INT32_MAX ? INT32_MAX : value < INT32_MIN ? INT32_MIN : value);
+    };
+    if (count != 2 || read32(parameters[0]) != 1) {
         VTX_FUZZ_CHECK(command == 0);
     } else {
-        VTX_FUZZ_CHECK(command ==
-                       static_cast<eUpdateCommandLineSpecialCmdParamCmd>(std::strtol(parameters[1].c_str(), nullptr, 10)));
+        VTX_FUZZ_CHECK(command == static_cast<eUpdateCommandLineSpecialCmdParamCmd>(read32(parameters[1])));
     }
     return 0;
 }

@@ -44,9 +44,9 @@ const CInstrumentLanguageSource& SettingSource() {
 
 }  // namespace
 
-int CInstrumentLanguageSettingSource::GetLanguage() const {
-    return GetSettingLanguage();
-}
+int CInstrumentLanguageSettingSource::GetLanguage() const { return GetSettingLanguage(); }
+
+int CInstrumentLanguageSettingSource::GetLanguageValue() const { return GetSettingLanguage(); }
 
 CInstrumentLanguageText::~CInstrumentLanguageText() = default;
 
@@ -57,8 +57,8 @@ const std::string& CInstrumentLanguageDef::GetText(uint32_t textId) const {
 }
 
 bool CInstrumentLanguageDef::IsRomanceLanguage() const {
-    const int language = m_source ? m_source->GetLanguage() : eLanguageEnglish;
-    return language == eLanguageItalian || language == eLanguageFrench || language == eLanguageSpanish;
+    const int value = m_source ? m_source->GetLanguageValue() : eLanguageEnglish;
+    return value == eLanguageItalian || value == eLanguageFrench || value == eLanguageSpanish;
 }
 
 const std::string& CInstrumentLanguageDef::GetTextForLanguage(uint32_t textId, int language) const {

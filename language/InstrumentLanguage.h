@@ -14,18 +14,23 @@
 
 class CTextBearingControl;
 
-// Where the current display language comes from.
+// Where the current display language comes from: the language setting, or another object of the
+// instrument that knows it. The operations keep their slots after the destructor pair: the third
+// answers the text lookups, the fourth the second query of the language object.
 class CInstrumentLanguageSource {
 public:
     virtual ~CInstrumentLanguageSource() = default;
     // A value of eInstrumentLanguage; anything outside 0..9 is shown in English.
     virtual int GetLanguage() const = 0;
+    // The same value as a plain number.
+    virtual int GetLanguageValue() const = 0;
 };
 
 // The "Language" setting of the settings file.
 class CInstrumentLanguageSettingSource : public CInstrumentLanguageSource {
 public:
     int GetLanguage() const override;
+    int GetLanguageValue() const override;
 };
 
 class CInstrumentLanguageText {
@@ -33,8 +38,8 @@ public:
     virtual ~CInstrumentLanguageText();
     // The text for the current language. The reference stays valid for the life of the program.
     virtual const std::string& GetText(uint32_t textId) const = 0;
-    // True for Italian, French and Spanish: their phrases put a qualifier after the noun, so a
-    // screen that joins two texts into one label swaps their order for these languages.
+    // True when the source's language value is 3, 5 or 6 (Italian, French, Spanish): their phrases
+    // put a qualifier after the noun, so a screen that joins two texts into one label swaps them.
     virtual bool IsRomanceLanguage() const = 0;
 };
 

@@ -46,10 +46,9 @@ const char* GetTraceLevelText(int level) {
 
 CLogInterface::CLogInterface() { g_sink.store(this, std::memory_order_release); }
 
-CLogInterface::~CLogInterface() {
-    CLogInterface* self = this;
-    g_sink.compare_exchange_strong(self, nullptr, std::memory_order_acq_rel);
-}
+// Whichever sink is current: with one sink at a time, destroying any sink leaves the program
+// without one.
+CLogInterface::~CLogInterface() { g_sink.store(nullptr, std::memory_order_release); }
 
 CLogInterface* CLogInterface::GetCurrent() { return g_sink.load(std::memory_order_acquire); }
 

@@ -22,8 +22,7 @@ CTraceLevelField::CTraceLevelField(wxWindow* parent, int row, CTraceField* field
         const int index = m_choice->Append(wxString::FromUTF8(GetTraceLevelText(entry)), LevelData(entry));
         if (entry == level) selection = index;
     }
-    // A level outside the list is shown as what it is and kept unless the user picks another.
-    if (selection == wxNOT_FOUND) selection = m_choice->Append(wxString::FromUTF8(GetTraceLevelText(level)), LevelData(level));
+    // A level outside the list selects no entry and is kept unless the user picks one.
     m_choice->SetSelection(selection);
 
     wxBoxSizer* sizer = new wxBoxSizer(wxHORIZONTAL);

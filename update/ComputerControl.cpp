@@ -11,7 +11,6 @@
 #include <wx/utils.h>
 
 #include <X11/Xlib.h>
-#include <dirent.h>
 #include <glob.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -23,7 +22,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
-#include <vector>
 
 const char* const kPrivilegedTool = "/home/vtx/bin/VtxSecret";
 const char* const kShutdownProgram = "/sbin/shutdown";
@@ -47,19 +45,6 @@ std::string InDoubleQuotes(const std::string& text) {
     return quoted;
 }
 
-// The same for a text inside single quotes: a quote closes, adds an escaped quote and reopens.
-std::string EscapeForSingleQuotes(const std::string& text) {
-    std::string escaped;
-    for (char c : text) {
-        if (c == '\'') {
-            escaped += "'\\''";
-        } else {
-            escaped += c;
-        }
-    }
-    return escaped;
-}
-
 // Stock cursor states; touched on the GUI thread only.
 bool g_busy = false;
 bool g_hidden = false;
@@ -80,28 +65,24 @@ bool OnGuiThread(Call call) {
     return false;
 }
 
+// Entries whose names start with "." are not matched, so a folder holding one is not removed
+// and the caller learns that something is left.
 bool RemoveTree(const std::string& folder) {
-    DIR* dir = opendir(folder.c_str());
-    if (dir == nullptr) return false;
-    std::vector<std::string> entries;
-    while (const dirent* entry = readdir(dir)) {
-        const std::string name(entry->d_name);
-        if (name == "." || name == "..") continue;
-        entries.push_back(folder + "/" + name);
-    }
-    closedir(dir);
-
-    bool removed = true;
-    for (const std::string& path : entries) {
+    glob_t found{};
+    const int rc = glob((folder + "/*").c_str(), 0, nullptr, &found);
+    bool removed = rc == 0 || rc == GLOB_NOMATCH;
+    for (size_t i = 0; rc == 0 && i < found.gl_pathc; ++i) {
+        const char* path = found.gl_pathv[i];
         struct stat status {};
-        if (lstat(path.c_str(), &status) != 0) {
+        if (lstat(path, &status) != 0) {
             removed = false;
         } else if (S_ISDIR(status.st_mode)) {
             removed = RemoveTree(path) && removed;
-        } else if (unlink(path.c_str()) != 0) {
+        } else if (unlink(path) != 0) {
             removed = false;
         }
     }
+    globfree(&found);
     return rmdir(folder.c_str()) == 0 && removed;
 }
 
@@ -233,12 +214,7 @@ bool FileExists(const std::string& pattern) {
     return exists;
 }
 
-bool CreateFolder(const std::string& path) {
-    if (mkdir(path.c_str(), 0777) == 0) return true;
-    if (errno != EEXIST) return false;
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
+bool CreateFolder(const std::string& path) { return mkdir(path.c_str(), 0777) == 0 || errno == EEXIST; }
 
 bool RemoveFolderTree(const std::string& folder) {
     // The folder itself is not followed either: a link in its place is refused.
@@ -269,16 +245,15 @@ int MountNetworkShare(const std::string& sharePath, const std::string& mountPoin
     }
 
     std::string share;
-    const size_t start = sharePath.find_first_not_of('/');
-    for (size_t i = start == std::string::npos ? sharePath.size() : start; i < sharePath.size(); ++i) {
-        if (sharePath[i] == ' ') {
+    for (char c : sharePath) {
+        if (c == ' ') {
             share += "\\040";
         } else {
-            share += sharePath[i];
+            share += c;
         }
     }
     const std::string line = std::string("//") + GetProductionFileServer() + "/" + share + " " + mountPoint +
                              " cifs " + "username=" + userName + ",password=" + password;
-    RunShellCommand("/home/vtx/bin/append_fstab '" + EscapeForSingleQuotes(line) + ",noauto,user,rw 0 0'");
+    RunShellCommand("/home/vtx/bin/append_fstab '" + line + ",noauto,user,rw 0 0'");
     return RunShellCommand("mount " + mountPoint);
 }

@@ -55,9 +55,12 @@ SFirmwareIdentification GetFirmwareIdentification();
 bool CopyFile(const std::string& from, const std::string& to);
 // True when the glob pattern matches at least one path.
 bool FileExists(const std::string& pattern);
-// Mode 0777; true when created or when the folder already existed.
+// Mode 0777; true when created or when the name already exists, whatever that entry is: a file in
+// the folder's place fails the caller's next step instead.
 bool CreateFolder(const std::string& path);
-// Deletes the folder with everything in it; links inside are removed, never followed. True when
+// Deletes the folder with everything that "folder/*" matches; links inside are removed, never
+// followed, and a link in the folder's place is refused. Names starting with "." are not matched,
+// so a folder holding one stays (with only those inside) and the result is false. True when
 // everything was removed.
 bool RemoveFolderTree(const std::string& folder);
 // Everything the command printed on its standard output; ok is false only when the command could

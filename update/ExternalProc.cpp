@@ -20,18 +20,6 @@ namespace {
 
 const char* const kModule = "ExternalProc";
 
-// A leading NAME=value replaces an inherited NAME, so that the program sees the new value.
-void SetEnvironmentEntry(std::vector<std::string>& environment, const std::string& entry) {
-    const std::string name = entry.substr(0, entry.find('=') + 1);
-    for (std::string& existing : environment) {
-        if (existing.compare(0, name.size(), name) == 0) {
-            existing = entry;
-            return;
-        }
-    }
-    environment.push_back(entry);
-}
-
 std::vector<char*> PointerList(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
     pointers.reserve(texts.size() + 1);
@@ -108,7 +96,8 @@ void startProc(CExternalProc& proc) {
     bool programFound = false;
     auto takeToken = [&](const std::string& token) {
         if (!programFound && token.find('=') != std::string::npos) {
-            SetEnvironmentEntry(environment, token);
+            // Appended, not replacing an inherited entry of the same name.
+            environment.push_back(token);
         } else if (!programFound) {
             programFound = true;
             program = token;

@@ -8,8 +8,9 @@
 // One started program. The record frees nothing: the pipes' read ends stay open when it is
 // dropped; whoever wants the output reads them (readProcOutput) and closes them (closeProcPipes).
 struct CExternalProc {
-    // Blank-separated, no quoting or escaping. Leading NAME=value tokens go into the program's
-    // environment; the first other token is the program path; argument 0 is its last component.
+    // Blank-separated, no quoting or escaping. Leading NAME=value tokens are appended to the
+    // program's environment (an inherited NAME stays before them); the first other token is the
+    // program path; argument 0 is its last component.
     std::string commandLine;
     int32_t pid = 0;  // 0 until started, -1 when the fork failed
     int outPipe[2] = {-1, -1};  // read end, write end

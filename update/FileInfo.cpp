@@ -68,16 +68,14 @@ int CFileInfoArray::ScanFolder(const std::string& folderWithSlash, const std::st
     std::vector<std::string> paths;
     struct stat status {};
     if (recursive) {
-        if (!Match(folderWithSlash + "*", paths)) return -1;
+        if (!Match(folderWithSlash + "*", paths)) m_scanError = true;
         for (const std::string& path : paths) {
             if (lstat(path.c_str(), &status) != 0) continue;
             if ((static_cast<unsigned>(status.st_mode) & kFolderBit) == 0) continue;
-            const int inside = ScanFolder(path + "/", pattern, true);
-            if (inside < 0) return -1;
-            added += inside;
+            added += ScanFolder(path + "/", pattern, true);
         }
     }
-    if (!Match(folderWithSlash + pattern, paths)) return -1;
+    if (!Match(folderWithSlash + pattern, paths)) m_scanError = true;
     for (const std::string& path : paths) {
         if (lstat(path.c_str(), &status) != 0) continue;
         if ((static_cast<unsigned>(status.st_mode) & kRegularFileBit) == 0) continue;

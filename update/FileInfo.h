@@ -43,9 +43,10 @@ public:
     // The first match of the pattern, when it is a regular file (type bit 15): its index, else -1.
     int AddFile(const std::string& pattern);
     // Adds every regular file in folderWithSlash matching pattern; with recursive, first descends
-    // into every entry whose type has the folder bit (14). Returns the number of records added,
-    // or -1 when the pattern matching reports a read error.
+    // into every entry whose type has the folder bit (14). Returns the number of records added;
+    // a pattern whose matching reports a read error adds nothing and sets HadScanError.
     int ScanFolder(const std::string& folderWithSlash, const std::string& pattern, bool recursive);
+    bool HadScanError() const { return m_scanError; }
 
     size_t Count() const;
     // Empty outside the list.
@@ -58,4 +59,5 @@ public:
 
 private:
     std::vector<CFileInfo*> m_files;
+    bool m_scanError = false;
 };

@@ -92,11 +92,14 @@ void CUpdateProcedure::DetachScreen() {
 }
 
 void CUpdateProcedure::ShowStatus(const std::string& text) {
+    {
+        std::lock_guard<std::mutex> lock(m_screenMutex);
+        if (m_screen) m_screen->ShowStatusText(text);
+    }
     // The program log gets every status text too: a service engineer reading the console sees
-    // what the screen said, and tests read it.
+    // what the screen said. Logged after the screen has the text, so that a paint reported after
+    // this line shows it (the screenshots of the end-to-end runs wait for that).
     m_log.LogEvent("Status: " + text);
-    std::lock_guard<std::mutex> lock(m_screenMutex);
-    if (m_screen) m_screen->ShowStatusText(text);
 }
 
 void CUpdateProcedure::ShowCode(int code, const std::string& detail) { ShowStatus(FormatStepCode(code) + detail); }
@@ -155,21 +158,9 @@ bool CUpdateProcedure::RunClosingSequence() {
 bool CUpdateProcedure::RunUpdateProcedure() {
     ShowStatus(GetText(eTextCopyingFiles) + "...");
     Pause();
-    using Step = bool (CUpdateProcedure::*)();
-    static const Step before[] = {&CUpdateProcedure::OpenUpdateLog, &CUpdateProcedure::CopyAuxiliaryFiles,
-                                  &CUpdateProcedure::CheckSystemLibraryLink};
-    for (Step step : before) {
-        if (!(this->*step)()) return false;
-        ProgressStep();
-    }
+    if (!OpenUpdateLog() || !CopyAuxiliaryFiles() || !CheckSystemLibraryLink()) return false;
     if (!IsSystemLibraryCurrent() && !UpdateOperatingSystem()) return false;
-    ProgressStep();
-    static const Step after[] = {&CUpdateProcedure::BackUpOldVersion, &CUpdateProcedure::InstallNewVersion,
-                                 &CUpdateProcedure::InstallFontPackage};
-    for (Step step : after) {
-        if (!(this->*step)()) return false;
-        ProgressStep();
-    }
+    if (!BackUpOldVersion() || !InstallNewVersion() || !InstallFontPackage()) return false;
     return FinishUpdateLog();
 }
 
@@ -177,12 +168,13 @@ bool CUpdateProcedure::OpenUpdateLog() {
     if (IsReducedUpdate()) return true;
     const std::string folder = CodeFolder() + GetPathSeparator();
     CFileInfoArray logs;
-    if (logs.ScanFolder(folder, kLogFilePattern, false) < 0) {
-        ShowCode(eCodeLogScan);
-        return false;
-    }
+    logs.ScanFolder(folder, kLogFilePattern, false);
     if (logs.Count() == 0) {
         ShowCode(eCodeNoLogFile, folder);
+        return false;
+    }
+    if (logs.HadScanError()) {
+        ShowCode(eCodeLogScan);
         return false;
     }
     size_t newest = 0;

@@ -87,7 +87,8 @@ public:
     bool RebootInstrument();
 
     // Moves the bar one notch: the maximum grows with the position, so the bar creeps on
-    // without ever claiming to be done; only the end of the run fills it.
+    // without ever claiming to be done. The steps do not call it: the bar stays empty until the
+    // end of the run fills it, whatever the outcome.
     void ProgressStep();
     void FillProgress();
     int GetProgressPosition() const { return m_progressPosition; }

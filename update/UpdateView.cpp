@@ -12,6 +12,15 @@ namespace {
 enum : uint32_t { eTextUpgradeInProgress = 417 };
 const int kNormalPriority = 2;
 
+// The header's title ends in "..." like every status of the screen.
+class CEllipsisAdder : public CInstrumentLanguage::CFormatText {
+public:
+    void Format(CTextBearingControl*, uint32_t, std::string& text, const CInstrumentLanguage&) const override {
+        text += "...";
+    }
+};
+const CEllipsisAdder g_ellipsis;
+
 // Set on the GUI thread before the worker starts, so the procedure never runs twice.
 std::atomic<bool> g_procedureStarted{false};
 
@@ -40,6 +49,7 @@ CInstrumentViewUpdate::CInstrumentViewUpdate(const CInstrumentViewCreatorNeeds& 
     : CInstrumentViewBase<CInstrumentViewUpdate>(needs, "Update"),
       CUIHeader(HasWindow() ? this : nullptr, GetViewRect()),
       CUIUpdate(HasWindow() ? this : nullptr, GetViewRect()),
+      m_language(&GetInstrumentLanguage()),
       m_procedure(std::make_shared<CUpdateProcedure>(this)) {
     // The four ticks in their order, then the view's own command.
     m_tickIds[eTick100ms] = AddViewCommand(&CInstrumentViewUpdate::OnTick);
@@ -48,7 +58,9 @@ CInstrumentViewUpdate::CInstrumentViewUpdate(const CInstrumentViewCreatorNeeds& 
     m_tickIds[eTick2min] = AddViewCommand(&CInstrumentViewUpdate::OnTick);
     m_updateCommandId = AddViewCommand(&CInstrumentViewUpdate::OnUpdateCommand);
 
-    SetTitle(GetText(eTextUpgradeInProgress) + "...");
+    // Remembered, so that a language change re-labels the header.
+    if (CTextField* title = GetTitleField())
+        m_language->SetControlTextAndRemember(title, eTextUpgradeInProgress, &g_ellipsis);
     ShowProgress(0, 100);
 
     g_updateSpecialCommandReceiver = this;

@@ -8,6 +8,7 @@
 #include "app/InstrumentView.h"
 #include "app/ViewCommands.h"
 #include "foundation/InstrumentEnums.h"
+#include "language/InstrumentLanguage.h"
 #include "ui/UIControls.h"
 #include "update/Update.h"
 
@@ -55,6 +56,8 @@ private:
     bool OnTick(uint32_t id, uint32_t param);
     bool OnUpdateCommand(uint32_t id, uint32_t param);
 
+    // The program's language object (not owned), through which the screen labels its header.
+    CInstrumentLanguage* m_language;
     // Shared with the worker thread, which may outlive the screen at shutdown.
     std::shared_ptr<CUpdateProcedure> m_procedure;
     uint32_t m_updateCommandId = 0;

@@ -42,12 +42,14 @@ uint32_t SpecialOf(const std::vector<std::string>& arguments) {
 }
 
 TEST(SpecialCommand, NumbersAreReadAsStrtolReadsThem) {
-    // The program arguments, separated by "|"; numbers are carried in 32 bits.
+    // The program arguments, separated by "|". Numbers are read as the instrument's 32-bit strtol
+    // reads them: beyond its range they saturate, they never wrap round.
     const struct {
         const char* arguments;
         uint32_t special;
     } cases[] = {{"1 7", 7},   {"1  7", 0}, {"+1|5", 5},   {"1x|5x", 5},       {"\t1|\n4", 4},
-                 {"0x1|7", 0}, {"-1|7", 0}, {"1|-1", ~0u}, {"1|4294967303", 7}};
+                 {"0x1|7", 0}, {"-1|7", 0}, {"1|-1", ~0u}, {"1|4294967297", 2147483647u},
+                 {"1|-4294967297", 2147483648u}, {"4294967297|1", 0}};
     for (const auto& c : cases)
         EXPECT_EQ(SpecialOf(CStringTokenizer(c.arguments, '|').GetTokens()), c.special) << c.arguments;
     EXPECT_EQ(SpecialOf({std::string(1 << 20, '1'), "7"}), 0u);  // overflows without harm

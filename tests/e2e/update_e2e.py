@@ -206,7 +206,8 @@ def run_scenario(sc, program, keep=False):
             if sc.killed:
                 check(session[0] == "exited", "the program was not killed: %s" % session)
             else:
-                check(session[-1] == "0", "the program did not shut down cleanly: %s" % session)
+                # Stopped with SIGTERM as the instrument's shutdown does: its default action ends it.
+                check(session[-1] == "143", "the program did not end at SIGTERM: %s" % session)
             check("ERROR: AddressSanitizer" not in run.record("stderr.log")
                   and "ERROR: LeakSanitizer" not in run.record("stderr.log")
                   and "runtime error:" not in run.record("stderr.log")
@@ -446,36 +447,46 @@ def _(run):
     _expect_os_update(run)
 
 
-@scenario("wrong_link", "a link to another runtime: the OS is updated", layout=["--link", "wrong"],
-          setup=_os_update)
+def _os_update_screenshot(run):
+    _os_update(run)
+    with open(os.path.join(run.root, "record", "privileged.screenshot"), "w") as f:
+        f.write(OS_COMMANDS[0] + "\n")
+
+
+@scenario("wrong_link", "a link to another runtime: the OS is updated; the bar stays empty until the end",
+          layout=["--link", "wrong"], setup=_os_update_screenshot)
 def _(run):
     _expect_os_update(run)
+    bar_is(run, "empty", "screen-during.png")
+    bar_is(run, "full")
 
 
 # ---- failures: each leaves the program on its screen, with a full bar, and reboots nothing
 
 
-# Near the right end of the progress bar's inside on the 1024 x 768 test display, and the bar's
-# fill colour there.
-BAR_END_PIXEL = (880, 365)
+# Near the left and the right end of the progress bar's inside on the 1024 x 768 test display,
+# and the bar's fill colour there.
+BAR_ENDS = ((140, 365), (880, 365))
 BAR_FILL = (58, 138, 206)
 
 
-def bar_full(run):
-    """The screenshot shows the progress bar filled to its end."""
-    shot = os.path.join(run.root, "record", "screen.png")
-    if not os.path.exists(shot) or not shutil.which("convert"):
-        return
-    x, y = BAR_END_PIXEL
-    out = subprocess.run(["convert", shot, "-crop", "1x1+%d+%d" % (x, y), "-depth", "8", "txt:-"],
-                         stdout=subprocess.PIPE).stdout.decode()
-    m = re.search(r"\((\d+),(\d+),(\d+)", out.splitlines()[-1] if out else "")
-    check(m is not None and tuple(int(v) for v in m.groups()) == BAR_FILL, "the progress bar is not full: %r" % out)
+def bar_is(run, state, shot="screen.png"):
+    """The screenshot shows the progress bar "empty" or "full"."""
+    path = os.path.join(run.root, "record", shot)
+    check(os.path.exists(path), "no screenshot %s" % shot)
+    filled = []
+    for x, y in BAR_ENDS:
+        out = subprocess.run(["convert", path, "-crop", "1x1+%d+%d" % (x, y), "-depth", "8", "txt:-"],
+                             stdout=subprocess.PIPE).stdout.decode()
+        m = re.search(r"\((\d+),(\d+),(\d+)", out.splitlines()[-1] if out else "")
+        check(m is not None, "cannot read %s: %r" % (shot, out))
+        filled.append(tuple(int(v) for v in m.groups()) == BAR_FILL)
+    check(filled == [state == "full"] * 2, "the progress bar in %s is not %s: %s" % (shot, state, filled))
 
 
 def failed(run, status, log=None, old_intact=True, prefix=US_PREFIX):
     final_status(run, status)
-    bar_full(run)
+    bar_is(run, "full")
     rebooted(run, False)
     check(run.session()[0] == "failed", "the procedure did not end as failed: %s" % run.session())
     if old_intact:
@@ -495,24 +506,22 @@ def _(run):
     check(run.exists("/home/vtx/Code/NEW/Application"), "the new build was touched")
 
 
+@scenario("code_03", "the backup folder cannot be created (no inode left on the disk)", setup=keep_new_build,
+          inside="small_disk /home/vtx/Code 64m no-inodes\n")
+def _(run):
+    failed(run, "Disk error... (03)", ["P no zip file on USB"] + CURRENT)
+    check(not run.exists("/home/vtx/Code/Old"), "a backup folder was made")
+
+
 def _old_is_file(run):
     run.write("/home/vtx/Code/Old", b"not a folder")
 
 
-@scenario("code_03", "the backup folder cannot be created (a file in its place)", setup=_old_is_file)
-def _(run):
-    failed(run, "Disk error... (03)", ["P no zip file on USB"] + CURRENT)
-    check(run.read("/home/vtx/Code/Old") == b"not a folder", "the file in the folder's place was changed")
-
-
-def _backup_blocked(run):
-    os.makedirs(run.path("/home/vtx/Code/Old"))
-    os.symlink("/nonexistent/folder/backup", run.path(BACKUP))
-
-
-@scenario("code_04", "the backup copy fails", setup=_backup_blocked)
+@scenario("code_04", "a file in the backup folder's place: the backup copy fails", setup=_old_is_file)
 def _(run):
     failed(run, "Disk error... (04)", ["P no zip file on USB"] + CURRENT)
+    check(run.read("/home/vtx/Code/Old") == b"not a folder", "the file in the folder's place was changed")
+    new_build_removed(run, False)
 
 
 def _new_build_is_folder(run):
@@ -526,12 +535,19 @@ def _(run):
     backup_made(run)
 
 
-@scenario("code_07", "the new-build folder cannot be removed (a mount inside)", setup=keep_new_build,
-          inside="mkdir -p /home/vtx/Code/NEW/busy && mount -t tmpfs vtx-busy /home/vtx/Code/NEW/busy\n")
+def _hidden_in_new_build(run):
+    keep_new_build(run)
+    run.write("/home/vtx/Code/NEW/.hidden", b"left by the build tool\n")
+
+
+@scenario("code_07", "the new-build folder holds a hidden file, which its removal does not match",
+          setup=_hidden_in_new_build)
 def _(run):
     failed(run, "Disk error... (07)", ["P no zip file on USB"] + CURRENT + ["P Old version backed up to " + BACKUP],
            old_intact=False)
     check(run.read("/home/vtx/Code/Application") == run.new_build, "the new build is not installed")
+    left = os.listdir(run.path("/home/vtx/Code/NEW"))
+    check(left == [".hidden"], "NEW holds %r" % left)
 
 
 def _no_log(run):

@@ -105,17 +105,32 @@ TEST_F(SettingsFile, KeysAreFoundAnywhereInALineAndValuesAreTakenExactly) {
     EXPECT_EQ(GetSettingsItemJapaneseLiteration().Get(), NS_JapaneseLiteration::eJapaneseRomaji);
 }
 
+// An origin of its own, so that the files of the instrument's items stay as they are.
+const int kTestOrigin = 4;
+CInstrumentSettingsItemString g_name(kTestOrigin, &GetInstrumentKey(eKeyInstrumentName), "unnamed");
+
 TEST_F(SettingsFile, OtherOriginsTakeTheirValuesExactly) {
     GetSettingsItemBeepFrequency().Set(eBeep2900Hz);
     Load(2, "BeepFrequency = 3100HZ\r\n");
     EXPECT_EQ(GetSettingsItemBeepFrequency().GetAsText(), "2700HZ");
 
-    EXPECT_TRUE(Load(2, "LEDIntensityCH0 = 512\r\nLEDIntensityCH1 = 40x\r\nBeepFrequency = 2300HZ\r\n"));
-    EXPECT_EQ(GetSettingsItemLEDIntensityCH0().Get(), 512);
-    EXPECT_EQ(GetSettingsItemLEDIntensityCH1().Get(), 40);
-    Load(2, "LEDIntensityCH0 = high\r\nLEDIntensityCH1 = 70000\r\n");
-    EXPECT_EQ(GetSettingsItemLEDIntensityCH0().Get(), 1023);
-    EXPECT_EQ(GetSettingsItemLEDIntensityCH1().Get(), 1023);
+    // Numbers are what a string stream reads; only a text without a number keeps the default.
+    const struct {
+        const char* text;
+        unsigned short value;
+    } numbers[] = {{"512", 512}, {"40x", 40}, {" 7", 7}, {"high", 1023}, {"70000", 65535}, {"-1", 65535}};
+    for (const auto& n : numbers) {
+        SCOPED_TRACE(n.text);
+        EXPECT_TRUE(Load(2, "LEDIntensityCH0 = 1\r\nLEDIntensityCH1 = "s + n.text + "\r\nBeepFrequency = 2300HZ\r\n"));
+        EXPECT_EQ(GetSettingsItemLEDIntensityCH1().Get(), n.value);
+    }
+
+    // A value's bytes go back to the file as they came, whatever their encoding.
+    for (const std::string line : {"Instrument Name = Caf\xe9 \xc3\xa9 \xf4\x96\x9e\x9e \xed\xa0\x80\r\n"s,
+                                   "Instrument Name = \x01\x7f\xff\r\n"s}) {
+        EXPECT_TRUE(Load(kTestOrigin, line));
+        EXPECT_EQ(Save(kTestOrigin), line);
+    }
 }
 
 TEST_F(SettingsFile, MissingFileLoadsNothingAndOriginWithoutItemsAlwaysLoads) {

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <ctime>
 #include <string>
 
 namespace {
@@ -41,6 +43,17 @@ TEST(InstrumentTime, SettingsFormReadsBackStrictly) {
     EXPECT_FALSE(CInstrumentTime::ParseSettings(std::string("02102017\0" "1407", 13), parsed));
     ASSERT_TRUE(CInstrumentTime::ParseSettings("29022016 2359", parsed));
     EXPECT_EQ(parsed.GetDay(), 29);
+
+    // A time that does not exist in local time (the hour skipped by summer time) is refused, not
+    // moved to another hour.
+    const char* zone = std::getenv("TZ");
+    const std::string saved = zone ? zone : "";
+    setenv("TZ", "Europe/Berlin", 1);
+    tzset();
+    EXPECT_FALSE(CInstrumentTime::ParseSettings("26032017 0230", parsed));
+    EXPECT_TRUE(CInstrumentTime::ParseSettings("26032017 0330", parsed));
+    zone ? setenv("TZ", saved.c_str(), 1) : unsetenv("TZ");
+    tzset();
 }
 
 TEST(InstrumentTime, ArithmeticAndImpossibleFields) {

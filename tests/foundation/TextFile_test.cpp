@@ -99,7 +99,7 @@ TEST_F(TextFile, WritesGoToTheCurrentEndAfterAnotherWriter) {
 TEST_F(TextFile, OpenFailuresAreReported) {
     CTextFileReader reader(1000);
     EXPECT_FALSE(reader.Open(PathOf("missing.txt")));
-    EXPECT_TRUE(reader.IsEof());
+    EXPECT_FALSE(reader.IsEof());  // failed, not at its end
     EXPECT_EQ(reader.ReadLine(), "");
 
     CTextFileWriter writer;

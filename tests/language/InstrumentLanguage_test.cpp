@@ -22,6 +22,7 @@ class CFixedLanguage : public CInstrumentLanguageSource {
 public:
     explicit CFixedLanguage(int language) : language(language) {}
     int GetLanguage() const override { return language; }
+    int GetLanguageValue() const override { return language; }
     int language;
 };
 

@@ -54,7 +54,7 @@ TEST_F(UserLog, EntriesAreAppendedWithStampAndCrLf) {
     }
     EXPECT_EQ(text,
               "01012019 0000\told entry\nS\tUpdate started\nS\t--- Multi-line ---\n -> a\n -> b\nS\tone\n"
-              "S\t--- Multi-line ---\n -> x\n -> y\n -> z\nS\t\nS\t\n");
+              "S\t--- Multi-line ---\n -> x\r\n -> y\n -> \n -> z\nS\t\nS\t\n");
 }
 
 TEST_F(UserLog, EntryAlsoGoesToTheDebugLogAndIsLostQuietlyWhenUnwritable) {

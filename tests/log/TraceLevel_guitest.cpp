@@ -20,8 +20,9 @@ TEST(TraceLevelDialog, OkAppliesTheChoicesAndEndsTheModalRun) {
     CTraceLevel* dialog = new CTraceLevel(nullptr);
     for (CTraceField* field : {&update, &proc, &odd}) dialog->AddField(field);
     ASSERT_EQ(dialog->GetRowCount(), 3u);
-    // A level outside 0 to 3 is shown for what it is.
-    EXPECT_EQ(dialog->GetRow(2)->GetChoice()->GetStringSelection(), "Unknown Type");
+    // The four levels only; a level outside them selects none.
+    EXPECT_EQ(dialog->GetRow(2)->GetChoice()->GetCount(), 4u);
+    EXPECT_EQ(dialog->GetRow(2)->GetChoice()->GetSelection(), wxNOT_FOUND);
     dialog->CallAfter([dialog] {
         dialog->GetRow(0)->GetChoice()->SetStringSelection("All");
         dialog->GetRow(1)->GetChoice()->SetSelection(0);

@@ -104,10 +104,10 @@ TEST_F(ComputerControlTools, NetworkShareIsAddedToTheFileSystemTableAndMounted) 
     ASSERT_TRUE(WriteFile(fstab, ""));
     StandIn("mount", "exit 32");
     CTestFolder mountPoint;
-    // A quote in the password stays inside the one argument.
-    EXPECT_EQ(MountNetworkShare("QC Data/2019 run", mountPoint.Path(), "service", "it's"), 32);
-    EXPECT_EQ(ReadFile(fstab), "//192.168.1.10/QC\\040Data/2019\\040run " + mountPoint.Path() +
-                                   " cifs username=service,password=it's,noauto,user,rw 0 0\n");
+    // Blanks become \040; nothing else of the share path is changed, its leading "/" included.
+    EXPECT_EQ(MountNetworkShare("/QC Data/2019 run", mountPoint.Path(), "service", "pw"), 32);
+    EXPECT_EQ(ReadFile(fstab), "//192.168.1.10//QC\\040Data/2019\\040run " + mountPoint.Path() +
+                                   " cifs username=service,password=pw,noauto,user,rw 0 0\n");
     EXPECT_EQ(ReadFile(Args("mount")), "[" + mountPoint.Path() + "]\n");
 
     // A mount point already mounted is left alone: /media is a mount of its own in the sandbox,

@@ -56,17 +56,16 @@ TEST(ComputerControlFiles, ExistsAndCreateFolder) {
     EXPECT_TRUE(CreateFolder(folder / "Old"));
     EXPECT_TRUE(CreateFolder(folder / "Old"));  // an existing folder is fine
     EXPECT_TRUE(std::filesystem::is_directory(folder / "Old"));
-    EXPECT_FALSE(CreateFolder(folder / "one.log"));
+    EXPECT_TRUE(CreateFolder(folder / "one.log"));  // so is any existing name: the next step fails
     EXPECT_FALSE(CreateFolder(folder / "no/such/parent"));
 }
 
-TEST(ComputerControlFiles, RemoveFolderTreeRemovesLinksWithoutFollowingThem) {
+TEST(ComputerControlFiles, RemoveFolderTreeRemovesWhatItMatchesAndFollowsNoLink) {
     CTestFolder folder;
     const std::string outside = folder / "outside", tree = folder / "NEW";
     for (const std::string& path : {outside, tree, tree + "/sub", tree + "/sub/empty"})
         ASSERT_EQ(mkdir(path.c_str(), 0777), 0) << path;
-    for (const std::string& path : {outside + "/keep.txt", tree + "/Application", tree + "/.hidden",
-                                    tree + "/sub/[x]*.txt"})
+    for (const std::string& path : {outside + "/keep.txt", tree + "/Application", tree + "/sub/[x]*.txt"})
         ASSERT_TRUE(WriteFile(path, "keep"));
     ASSERT_EQ(symlink(outside.c_str(), (tree + "/sub/to-outside").c_str()), 0);
     ASSERT_EQ(symlink((outside + "/keep.txt").c_str(), (tree + "/file-link").c_str()), 0);
@@ -79,6 +78,13 @@ TEST(ComputerControlFiles, RemoveFolderTreeRemovesLinksWithoutFollowingThem) {
     EXPECT_FALSE(Exists(tree));
     EXPECT_EQ(ReadFile(outside + "/keep.txt"), "keep");
     EXPECT_FALSE(RemoveFolderTree(tree));
+
+    // "*" does not match names starting with ".": they stay, and so does their folder.
+    for (const std::string& path : {tree, tree + "/sub"}) ASSERT_EQ(mkdir(path.c_str(), 0777), 0);
+    for (const std::string& path : {tree + "/Application", tree + "/sub/.hidden"}) ASSERT_TRUE(WriteFile(path, ""));
+    EXPECT_FALSE(RemoveFolderTree(tree));
+    EXPECT_FALSE(Exists(tree + "/Application"));
+    EXPECT_TRUE(Exists(tree + "/sub/.hidden"));
 }
 
 TEST(ComputerControlCommands, CommandOutputCollectsStandardOutputWhole) {

@@ -10,6 +10,8 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <filesystem>
+#include <iterator>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -49,7 +51,7 @@ TEST(ExternalProc, LeadingAssignmentsGoToTheEnvironment) {
     ASSERT_EQ(symlink("/bin/sh", (folder / "tool").c_str()), 0);
     const std::string record = folder / "record";
     ASSERT_TRUE(vtxtest::WriteScript(folder / "probe", "tr '\\0' '\\n' < /proc/$$/cmdline > '" + record +
-                                                           "'\ntr '\\0' '\\n' < /proc/$$/environ | grep -E '^(A|B)=' | sort >> '" +
+                                                           "'\ntr '\\0' '\\n' < /proc/$$/environ | grep -E '^(A|B)=' >> '" +
                                                            record + "'\n"));
     unsetenv("A");
     ASSERT_EQ(setenv("B", "inherited", 1), 0);
@@ -57,8 +59,8 @@ TEST(ExternalProc, LeadingAssignmentsGoToTheEnvironment) {
     const int code = RunToEnd("A=1   B=2 " + (folder / "tool") + " " + (folder / "probe") + " -x  y", nullptr, &err);
     unsetenv("B");
     EXPECT_EQ(code, 0) << err;
-    // An inherited variable is replaced, not duplicated.
-    EXPECT_EQ(vtxtest::ReadFile(record), "tool\n" + (folder / "probe") + "\n-x\ny\nA=1\nB=2\n");
+    // Appended after the inherited environment; an inherited variable of the same name stays.
+    EXPECT_EQ(vtxtest::ReadFile(record), "tool\n" + (folder / "probe") + "\n-x\ny\nB=inherited\nA=1\nB=2\n");
 }
 
 TEST(ExternalProc, OutputAndErrorComeThroughThePipes) {
@@ -132,3 +134,16 @@ TEST(ExternalProc, ChildInheritsNoOtherDescriptors) {
     // ls itself holds one descriptor on the folder it lists.
     EXPECT_EQ(out, "0\n1\n2\n3\n");
 }
+
+TEST(ExternalProc, ConvenienceRunnerLeavesNoDescriptorAndNoChild) {
+    const auto openDescriptors = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                             std::filesystem::directory_iterator{});
+    };
+    const auto before = openDescriptors();
+    // The quotes around the path become part of it, so the child only reports "not found".
+    RunExternalProgram(true, "/bin/true", "-x");
+    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);  // reaped
+}
+
