@@ -8,6 +8,15 @@ usb=/media/usb
 lib=/usr/lib/i386-linux-gnu
 secret=/home/vtx/bin/VtxSecret
 
+# Every copy as the program makes it: into a partial name beside the destination, flushed to the
+# disk, renamed over the real name, and the folder flushed.
+copy() {
+  dest=$2; [ -d "$dest" ] && dest=$dest/${1##*/}
+  part=${dest%/*}/.vtx-partial-copy
+  rm -f "$part"
+  cp "$1" "$part" && sync "$part" && mv -f "$part" "$dest" && sync "${dest%/*}" || { rm -f "$part"; return 1; }
+}
+
 sleep 2
 
 # The newest log file of the code folder; its lines are CR LF.
@@ -22,7 +31,7 @@ if [ ! -e "$usb/update/zip" ]; then
 elif [ -e "$code/zip" ]; then
   line "$prefix zip already copied"
 else
-  cp "$usb/update/zip" "$code/zip" || { line "$prefix could not copy auxillary files"; exit 1; }
+  copy "$usb/update/zip" "$code/zip" || { line "$prefix could not copy auxillary files"; exit 1; }
   line "$prefix auxillary files copied"
 fi
 
@@ -48,7 +57,7 @@ fi
 [ -f "$code/Application" ] || exit 1
 backup="$code/Old/Application_$(date -r "$code/Application" '+%d%m%Y_%H%M')"
 mkdir -p "$code/Old" || exit 3
-cp "$code/Application" "$backup" || exit 4
+copy "$code/Application" "$backup" || exit 4
 line "$prefix Old version backed up to $backup"
 
 new=Application code_check=15
@@ -56,21 +65,23 @@ if [ -e /opt/librime/ ]; then new=Application_Chinese code_check=14; fi
 # The program's library check word for word, run by /bin/sh as the program runs it; its inverted
 # sense is the program's too.
 if [[ $(ldd $code/NEW/$new | grep not | wc -l) -eq 0 ]] 2>/dev/null; then exit $code_check; fi
-cp "$code/NEW/$new" "$code/Application" || exit 6
+copy "$code/NEW/$new" "$code/Application" || exit 6
 rm -rf "$code/NEW" || exit 7
 line "$prefix New version copied"
 
 if [ -e "$usb/jfonts.tgz" ] && [ ! -e /home/vtx/jfonts.tgz ]; then
   line "$prefix Copying $usb/jfonts.tgz to /home/vtx"
-  cp "$usb/jfonts.tgz" /home/vtx || { line "$prefix could not copy font package"; exit 1; }
+  copy "$usb/jfonts.tgz" /home/vtx || { line "$prefix could not copy font package"; exit 1; }
   printed=$(cd /home/vtx; tar xzf jfonts.tgz)
   [ -z "$printed" ] || { line "$prefix Unpack error : $printed"; exit 1; }
   [ -e /home/vtx/jfonts ] || { line "$prefix could not unpack font package"; exit 1; }
 fi
 
 line "$prefix Application started"
-cp "$log" "$usb/${log##*/}" || exit 13
+sync "$log"
+copy "$log" "$usb/${log##*/}" || exit 13
 
 sleep 2
+sync
 "$secret" reboot
 exit 0

@@ -11,6 +11,7 @@
 #include <wx/utils.h>
 
 #include <X11/Xlib.h>
+#include <fcntl.h>
 #include <glob.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -25,6 +26,7 @@
 
 const char* const kPrivilegedTool = "/home/vtx/bin/VtxSecret";
 const char* const kShutdownProgram = "/sbin/shutdown";
+const char* const kPartialCopyName = ".vtx-partial-copy";
 
 namespace {
 
@@ -43,6 +45,37 @@ std::string InDoubleQuotes(const std::string& text) {
     }
     quoted += '"';
     return quoted;
+}
+
+std::string FolderOf(const std::string& path) {
+    const std::string::size_type slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// The file that "cp from to" writes: inside "to" when that is a folder, and at the end of a chain
+// of links, which cp follows (a link that leads nowhere gives the name its last link names).
+std::string CopyDestination(const std::string& from, const std::string& to) {
+    std::string destination = to;
+    struct stat status {};
+    if (stat(to.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
+        destination = to + "/" + from.substr(from.rfind('/') + 1);
+    for (int hops = 0; hops < 40; ++hops) {
+        char target[4096];
+        const ssize_t length = readlink(destination.c_str(), target, sizeof target - 1);
+        if (length <= 0) break;
+        target[length] = '\0';
+        destination = target[0] == '/' ? std::string(target) : FolderOf(destination) + "/" + target;
+    }
+    return destination;
+}
+
+bool SyncToDisk(const std::string& path, int flags) {
+    const int fd = open(path.c_str(), flags | O_CLOEXEC);
+    if (fd < 0) return false;
+    const bool synced = fsync(fd) == 0;
+    close(fd);
+    return synced;
 }
 
 // Stock cursor states; touched on the GUI thread only.
@@ -204,8 +237,25 @@ SFirmwareIdentification GetFirmwareIdentification() {
 }
 
 bool CopyFile(const std::string& from, const std::string& to) {
-    return RunShellCommand("cp " + InDoubleQuotes(from) + " " + InDoubleQuotes(to)) == 0;
+    const std::string destination = CopyDestination(from, to);
+    const std::string folder = FolderOf(destination);
+    const std::string partial = folder + "/" + kPartialCopyName;
+    // Whatever an earlier power cut left under the partial name goes first.
+    unlink(partial.c_str());
+    const bool copied = RunShellCommand("cp " + InDoubleQuotes(from) + " " + InDoubleQuotes(partial)) == 0 &&
+                        SyncToDisk(partial, O_RDONLY) && rename(partial.c_str(), destination.c_str()) == 0;
+    if (!copied) {
+        unlink(partial.c_str());
+        return false;
+    }
+    // The new name on the disk too, before the next step builds on it.
+    SyncToDisk(folder, O_RDONLY | O_DIRECTORY);
+    return true;
 }
+
+bool FlushFileToDisk(const std::string& path) { return SyncToDisk(path, O_RDONLY); }
+
+void FlushAllFileSystems() { sync(); }
 
 bool FileExists(const std::string& pattern) {
     glob_t found{};

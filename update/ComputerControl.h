@@ -51,8 +51,19 @@ void SetBusyCursor(bool busy);
 void SetCursorVisible(bool visible);
 SFirmwareIdentification GetFirmwareIdentification();
 
-// Runs cp through the shell; the paths may hold any character.
+// Copies with cp through the shell (the paths may hold any character) as "cp from to" would, into
+// "to" or, when "to" is a folder, into the file of from's name inside it. A power cut never leaves
+// part of a file under that name: cp writes kPartialCopyName in the same folder, which is flushed
+// to the disk and then renamed over the real name. On failure the partial copy is removed and the
+// real name is untouched; a partial copy left by a power cut is replaced by the next copy into
+// that folder. Renaming also replaces a program that is running, where cp would fail.
 bool CopyFile(const std::string& from, const std::string& to);
+// ".vtx-partial-copy": hidden, so no pattern of the update ("*.log", "Application_*") matches it.
+extern const char* const kPartialCopyName;
+// fsync of one file; false when it cannot be opened or flushed.
+bool FlushFileToDisk(const std::string& path);
+// sync(): everything written so far goes to its disk, the USB stick included.
+void FlushAllFileSystems();
 // True when the glob pattern matches at least one path.
 bool FileExists(const std::string& pattern);
 // Mode 0777; true when created or when the name already exists, whatever that entry is: a file in

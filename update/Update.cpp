@@ -142,16 +142,7 @@ bool CUpdateProcedure::RunClosingSequence() {
     m_log.LogEvent("Update procedure succeeded");
     ShowStatus(GetText(eTextUpgradeSuccessful) + "...\n" + GetText(eTextRestartingApplication));
     Pause();
-    if (VTX_SUPPRESS_REBOOT) {
-        ShowStatus(GetText(eTextDone) + "...");
-        m_log.LogEvent("Update procedure done, reboot suppressed");
-        return true;
-    }
-    m_log.LogEvent("Rebooting the instrument");
-    const int status = RunShellCommand(std::string(kPrivilegedTool) + " reboot");
-    // Normally the machine goes down before anyone reads this; when it does not, the console
-    // tells the service engineer why the instrument is still on this screen.
-    m_log.LogEvent("The reboot command returned, exit status " + std::to_string(status));
+    RebootInstrument();
     return true;
 }
 
@@ -332,6 +323,8 @@ bool CUpdateProcedure::FinishUpdateLog() {
     if (IsReducedUpdate()) return true;
     WritePrefixedLine(" Application started");
     m_logWriter.Close();
+    // The instrument's copy whole on its disk before a copy of it goes to the stick.
+    FlushFileToDisk(m_logPath);
     if (m_logPath.empty()) {
         ShowCode(eCodeLogPathEmpty);
         return false;
@@ -351,9 +344,16 @@ bool CUpdateProcedure::FinishUpdateLog() {
 bool CUpdateProcedure::RebootInstrument() {
     if (VTX_SUPPRESS_REBOOT) {
         ShowStatus(GetText(eTextDone) + "...");
+        m_log.LogEvent("Update procedure done, reboot suppressed");
         return true;
     }
-    RunShellCommand(std::string(kPrivilegedTool) + " reboot");
+    // The installed build and the stick's log go onto their media before the power goes.
+    FlushAllFileSystems();
+    m_log.LogEvent("Rebooting the instrument");
+    const int status = RunShellCommand(std::string(kPrivilegedTool) + " reboot");
+    // Normally the machine goes down before anyone reads this; when it does not, the console
+    // tells the service engineer why the instrument is still on this screen.
+    m_log.LogEvent("The reboot command returned, exit status " + std::to_string(status));
     return false;
 }
 

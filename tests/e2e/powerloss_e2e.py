@@ -39,11 +39,13 @@ def cut(tool, nth, mode):
 def _full(run):
     keep_new_build(run)
     run.write("/media/usb/update/zip", b"auxiliary data\n" * 1000)
-    run.write("/media/usb/jfonts.tgz", font_package())
+    run.package = font_package()
+    run.write("/media/usb/jfonts.tgz", run.package)
 
 
 def _os_update(run):
     keep_new_build(run)
+    run.package = None
     run.write("/media/usb/update/libstdc++.so.6.0.22", b"runtime library 6.0.22 from the stick\n" * 1000)
 
 
@@ -55,6 +57,11 @@ def _kill_before(command):
     return setup
 
 
+PARTIAL = ".vtx-partial-copy"
+# The folders the copies of the update write into, where a cut can leave the partial copy.
+COPY_FOLDERS = ("/home/vtx/Code/", "/home/vtx/Code/Old/", "/home/vtx/", "/media/usb/")
+
+
 def state(run):
     """What a service engineer finds after the power comes back."""
     def compare(path, whole):
@@ -62,76 +69,65 @@ def state(run):
             return "none"
         return "complete" if run.read(path) == whole else "partial"
     app = run.read("/home/vtx/Code/Application")
-    application = "old" if app == run.application_before else "new" if app in (run.new_build,) else "partial"
+    application = "old" if app == run.application_before else "new" if app == run.new_build else "partial"
     link = run.path(e2e.ROOT_RO_RUNTIME_LINK)
     now = os.readlink(link) if os.path.islink(link) else None
     return {
         "application": application,
         "backup": compare(BACKUP, run.application_before),
-        "new_folder": "present" if run.exists("/home/vtx/Code/NEW") else "removed",
         "zip": compare("/home/vtx/Code/zip", b"auxiliary data\n" * 1000),
-        "fonts": "unpacked" if run.exists("/home/vtx/jfonts") else (
-            "copied" if run.exists("/home/vtx/jfonts.tgz") else "none"),
-        "runtime": "replaced" if now != run.runtime_link_before else "old",
+        "fonts": "unpacked" if run.exists("/home/vtx/jfonts") else compare("/home/vtx/jfonts.tgz", run.package),
         "stick_log": compare("/media/usb/instrument.log", run.read("/home/vtx/Code/instrument.log")),
+        "new_folder": "present" if run.exists("/home/vtx/Code/NEW") else "removed",
+        "runtime": "replaced" if now != run.runtime_link_before else "old",
+        "partial_copy": " ".join(f + PARTIAL for f in COPY_FOLDERS if run.exists(f + PARTIAL)) or "none",
     }
 
 
-# (name, doc, sandbox layout, setup, stubs, expected state, what it means for service)
+FRESH = dict(application="old", backup="none", zip="none", fonts="none", stick_log="none", new_folder="present",
+             runtime="old", partial_copy="none")
+BACKED_UP = dict(FRESH, backup="complete", zip="complete")
+INSTALLED = dict(BACKED_UP, application="new", new_folder="removed")
+REPEAT = "Repeat the update: the next copy into that folder replaces the partial copy."
+
+# (name, doc, sandbox layout, setup, stubs, privileged command before which the power goes,
+#  expected state, what it means for service)
 POINTS = [
-    ("start", "during the first status pause", [], _full, {"sleep": ""}, None,
-     dict(application="old", backup="none", new_folder="present", zip="none", fonts="none", runtime="old",
-          stick_log="none"),
+    ("start", "during the first status pause", [], _full, {"sleep": ""}, None, FRESH,
      "Nothing changed. Repeat the update."),
     ("auxiliary_copy", "halfway through copying the auxiliary file", [], _full, cut("cp", 1, "half"), None,
-     dict(application="old", backup="none", new_folder="present", zip="partial", fonts="none", runtime="old",
-          stick_log="none"),
-     "A partial `Code/zip` is left, and the next update keeps it (\"zip already copied\"): delete it, then repeat."),
+     dict(FRESH, partial_copy="/home/vtx/Code/" + PARTIAL),
+     "No `Code/zip` yet, only its partial copy. " + REPEAT),
     ("os_update_copy", "OS update: before the runtime is copied into the root image", ["--link", "wrong"],
-     _kill_before(e2e.OS_COMMANDS[1]), {}, None,
-     dict(application="old", backup="none", new_folder="present", zip="none", fonts="none", runtime="old",
-          stick_log="none"),
+     _kill_before(e2e.OS_COMMANDS[1]), {}, None, FRESH,
      "The root image was remounted writable only; the old runtime still works. Repeat the update."),
     ("os_update_link", "OS update: before the runtime link is changed", ["--link", "wrong"],
-     _kill_before(e2e.OS_COMMANDS[2]), {}, None,
-     dict(application="old", backup="none", new_folder="present", zip="none", fonts="none", runtime="old",
-          stick_log="none"),
+     _kill_before(e2e.OS_COMMANDS[2]), {}, None, FRESH,
      "The new runtime is in the root image, the link still points at the old one. Repeat the update."),
     ("backup_copy", "halfway through the backup copy", [], _full, cut("cp", 2, "half"), None,
-     dict(application="old", backup="partial", new_folder="present", zip="complete", fonts="none", runtime="old",
-          stick_log="none"),
-     "The backup in `Code/Old` is partial; the running build is intact. Repeat the update: it rewrites the backup."),
+     dict(FRESH, zip="complete", partial_copy="/home/vtx/Code/Old/" + PARTIAL),
+     "No backup yet, only its partial copy; the running build is intact. " + REPEAT),
     ("library_check", "while the new build's libraries are checked", [], _full, cut("ldd", 1, "before"), None,
-     dict(application="old", backup="complete", new_folder="present", zip="complete", fonts="none", runtime="old",
-          stick_log="none"),
-     "Backup made, nothing installed. Repeat the update."),
-    ("install_copy", "halfway through copying the new build over the old one", [], _full, cut("cp", 3, "half"), None,
-     dict(application="partial", backup="complete", new_folder="present", zip="complete", fonts="none",
-          runtime="old", stick_log="none"),
-     "**The application is half written and will not start.** Copy `Code/NEW/Application` (still there) or the "
-     "backup `Code/Old/Application_<date>` to `Code/Application` by hand."),
-    ("install_done", "right after the new build was copied, before `Code/NEW` is removed", [], _full,
-     cut("cp", 3, "after"), None,
-     dict(application="new", backup="complete", new_folder="present", zip="complete", fonts="none", runtime="old",
-          stick_log="none"),
-     "The new build is installed and starts. `Code/NEW` is left: remove it, or repeat the update (it installs "
-     "the same build again, after backing up the new one)."),
+     BACKED_UP, "Backup made, nothing installed. Repeat the update."),
+    ("install_copy", "halfway through copying the new build", [], _full, cut("cp", 3, "half"), None,
+     dict(BACKED_UP, partial_copy="/home/vtx/Code/" + PARTIAL),
+     "The old build is intact and starts; the new build is still in `Code/NEW`. " + REPEAT),
+    ("install_done", "right after the new build was copied, before it takes the application's name", [], _full,
+     cut("cp", 3, "after"), None, dict(BACKED_UP, partial_copy="/home/vtx/Code/" + PARTIAL),
+     "The old build is intact and starts; the new build lies whole under the partial name. " + REPEAT),
     ("font_copy", "halfway through copying the font package", [], _full, cut("cp", 4, "half"), None,
-     dict(application="new", backup="complete", new_folder="removed", zip="complete", fonts="copied",
-          runtime="old", stick_log="none"),
-     "New build installed. A partial `/home/vtx/jfonts.tgz` makes every later update skip the fonts: delete it, "
-     "then install the fonts by hand."),
+     dict(INSTALLED, partial_copy="/home/vtx/" + PARTIAL),
+     "New build installed; no font package yet, only its partial copy (the next font copy replaces it). Install "
+     "the fonts by hand: copy `jfonts.tgz` from the stick to `/home/vtx`, then `cd /home/vtx; tar xzf jfonts.tgz`."),
     ("font_unpack", "before the font package is unpacked", [], _full, cut("tar", 1, "before"), None,
-     dict(application="new", backup="complete", new_folder="removed", zip="complete", fonts="copied",
-          runtime="old", stick_log="none"),
+     dict(INSTALLED, fonts="complete"),
      "New build installed, fonts not unpacked, and later updates skip them: run `cd /home/vtx; tar xzf jfonts.tgz`."),
     ("log_copy", "halfway through copying the log to the stick", [], _full, cut("cp", 5, "half"), None,
-     dict(application="new", backup="complete", new_folder="removed", zip="complete", fonts="unpacked",
-          runtime="old", stick_log="partial"),
-     "Everything installed; the log on the stick is partial, the instrument's log is whole."),
+     dict(INSTALLED, fonts="unpacked", partial_copy="/media/usb/" + PARTIAL),
+     "Everything installed; the stick holds only a partial copy of the log (the next log copy replaces it), the "
+     "instrument's log is whole: copy it to the stick by hand."),
     ("reboot", "when the reboot is asked for", [], _full, {}, "reboot",
-     dict(application="new", backup="complete", new_folder="removed", zip="complete", fonts="unpacked",
-          runtime="old", stick_log="complete"),
+     dict(INSTALLED, fonts="unpacked", stick_log="complete"),
      "Everything done; the new build starts at power-up."),
 ]
 
@@ -169,12 +165,13 @@ for _name, _doc, _layout, _base, _stubs, _kill, _expected, _meaning in POINTS:
 
 
 def table():
-    out = ["| power cut | application | backup | `Code/NEW` | runtime link | what to do |",
-           "|---|---|---|---|---|---|"]
+    out = ["| power cut | application | backup | auxiliary file | font package | log on the stick | `Code/NEW` | "
+           "partial copy left | what to do |", "|---|---|---|---|---|---|---|---|---|"]
     for name, doc, _l, _b, _s, _k, st, meaning in POINTS:
-        out.append("| %s | %s | %s | %s | %s | %s |" % (doc, st["application"], st["backup"], st["new_folder"],
-                                                     "changed" if st["runtime"] == "replaced" else "unchanged",
-                                                     meaning))
+        partial = " ".join("`%s`" % p for p in st["partial_copy"].split()) if st["partial_copy"] != "none" else "none"
+        out.append("| %s | %s | %s | %s | %s | %s | %s | %s | %s |" % (
+            doc, st["application"], st["backup"], st["zip"], st["fonts"], st["stick_log"], st["new_folder"], partial,
+            meaning))
     return "\n".join(out)
 
 
