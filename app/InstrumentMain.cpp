@@ -10,17 +10,13 @@
 #include "app/ViewManager.h"
 #include "foundation/InstrumentSettings.h"
 #include "foundation/TextFile.h"
-#include "update/ComputerControl.h"
-#include "update/InstrumentLocations.h"
+#include "update/os/ComputerControl.h"
+#include "update/locations/InstrumentLocations.h"
 
 // ---------------------------------------------------------------------------------------------
 // CInstrumentFactoryQC
 
-std::string CInstrumentFactoryQC::GetFilePath() {
-    return GetApplicationFolder() + GetPathSeparator() + "FactoryQC.vtx";
-}
-
-bool CInstrumentFactoryQC::Read() { return ReadFile(GetFilePath()); }
+bool CInstrumentFactoryQC::Read() { return ReadFile(GetFactoryQcFile()); }
 
 bool CInstrumentFactoryQC::ReadFile(const std::string& path) {
     m_values.clear();

@@ -32,8 +32,6 @@ public:
     std::string Get(const std::string& key) const;
     size_t GetCount() const { return m_values.size(); }
 
-    static std::string GetFilePath();  // "/home/vtx/Code/FactoryQC.vtx"
-
 private:
     std::map<std::string, std::string> m_values;
 };

@@ -20,6 +20,7 @@
 #include "app/CommandLine.h"
 #include "app/MainFrame.h"
 #include "app/WorkerThread.h"
+#include "foundation/GuiHandOff.h"
 #include "log/StderrLogSink.h"
 
 CMainFrame* g_mainFrame = nullptr;
@@ -56,15 +57,13 @@ public:
         if (event.GetEventType() != wxEVT_PAINT) return Event_Skip;
         const std::string name = ClassName(event.GetEventObject());
         Report("paint", name);
-        if (wxTheApp) {
-            // Handled after the drawing pass that this paint belongs to, children included.
-            const bool first = !m_firstSeen;
-            m_firstSeen = true;
-            wxTheApp->CallAfter([name, first] {
-                Report("drawn", name);
-                if (first) Report("first-paint", std::string());
-            });
-        }
+        // Handled after the drawing pass that this paint belongs to, children included.
+        const bool first = !m_firstSeen;
+        m_firstSeen = true;
+        CallOnGuiThread([name, first] {
+            Report("drawn", name);
+            if (first) Report("first-paint", std::string());
+        });
         return Event_Skip;
     }
 

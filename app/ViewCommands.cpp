@@ -1,6 +1,5 @@
 #include "app/ViewCommands.h"
 
-#include <wx/app.h>
 #include <wx/event.h>
 
 #include "app/InstrumentView.h"
@@ -21,11 +20,6 @@ bool PostViewCommand(CInstrumentViewInterface* view, int32_t id, int32_t param) 
     // processing and its command table sees it.
     static_cast<wxEvtHandler*>(view)->QueueEvent(event);
     return true;
-}
-
-void CallOnGuiThread(std::function<void()> call) {
-    if (!call) return;
-    if (wxAppConsole* app = wxAppConsole::GetInstance()) app->CallAfter(std::move(call));
 }
 
 void CViewFunctor::Execute() { SwitchToView(m_target); }

@@ -79,9 +79,6 @@ bool IsViewCommandEvent(const wxEvent& event);
 // (destroying a view drops what is queued on it).
 bool PostViewCommand(CInstrumentViewInterface* view, int32_t id, int32_t param);
 
-// Any thread. Runs call on the GUI thread, after the events queued before it.
-void CallOnGuiThread(std::function<void()> call);
-
 // ---- functors ----
 
 class CFunctorBase {

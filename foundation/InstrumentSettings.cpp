@@ -4,17 +4,16 @@
 
 #include "foundation/ByteText.h"
 #include "foundation/TextFile.h"
+#include "update/locations/InstrumentLocations.h"
 
 // ---------------------------------------------------------------------------------------------
 // Files and keys
-
-std::string GetSettingsCodeFolder() { return "/home/vtx/Code"; }
 
 std::string GetSettingsFilePath(int origin) {
     static const char* const names[eSettingsOriginCount] = {"settings", "settings", "factory"};
     static const char* const extensions[eSettingsOriginCount] = {".vtx", ".lmo", ".lmo"};
     if (origin < 0 || origin >= eSettingsOriginCount) return std::string();
-    return GetSettingsCodeFolder() + "/" + names[origin] + extensions[origin];
+    return JoinPath(GetApplicationFolder(), std::string(names[origin]) + extensions[origin]);
 }
 
 const std::string& GetInstrumentKey(eInstrumentKey key) {

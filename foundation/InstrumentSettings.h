@@ -22,9 +22,7 @@ enum eInstrumentSettingsOrigin {
     eSettingsOriginCount = 3,
 };
 
-// The instrument's code folder, "/home/vtx/Code".
-std::string GetSettingsCodeFolder();
-// Code folder, "/", name, extension; empty for an origin outside 0 to 2.
+// The code folder (GetApplicationFolder), "/", name, extension; empty for an origin outside 0 to 2.
 std::string GetSettingsFilePath(int origin);
 
 // The shared key table of the instrument framework (settings files and measurement records).

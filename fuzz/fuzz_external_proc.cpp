@@ -9,7 +9,7 @@
 // program path and argument text for RunExternalProgram, separated by a NUL.
 
 #include "fuzz/FuzzSupport.h"
-#include "update/ExternalProc.h"
+#include "update/os/ExternalProc.h"
 
 #include <signal.h>
 #include <sys/wait.h>

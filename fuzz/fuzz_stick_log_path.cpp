@@ -2,7 +2,7 @@
 // path's tail from its last "\" on or, without one, from its last "/" on.
 
 #include "fuzz/FuzzSupport.h"
-#include "update/InstrumentLocations.h"
+#include "update/locations/InstrumentLocations.h"
 #include "update/Update.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "language/InstrumentLanguage.h"
 
-#include "foundation/InstrumentCommonData.h"
+#include "foundation/common/InstrumentCommonData.h"
 #include "foundation/InstrumentEnums.h"
 #include "foundation/InstrumentSettings.h"
 #include "language/LanguageTables.h"

@@ -3,10 +3,10 @@
 #include <mutex>
 
 #include "foundation/DebugTrace.h"
-#include "foundation/InstrumentSettings.h"
 #include "foundation/InstrumentTime.h"
 #include "foundation/StringTokenizer.h"
 #include "foundation/TextFile.h"
+#include "update/locations/InstrumentLocations.h"
 
 namespace {
 std::mutex& UserLogMutex() {
@@ -14,8 +14,6 @@ std::mutex& UserLogMutex() {
     return mutex;
 }
 }  // namespace
-
-std::string GetUserLogFilePath() { return GetSettingsCodeFolder() + "/UserLog.vtx"; }
 
 bool AddUserLogEntryToFile(const std::string& path, const char* text) {
     const std::string entry = text ? text : "";
@@ -39,4 +37,4 @@ bool AddUserLogEntryToFile(const std::string& path, const char* text) {
     return true;
 }
 
-void AddUserLogEntry(const char* text) { AddUserLogEntryToFile(GetUserLogFilePath(), text); }
+void AddUserLogEntry(const char* text) { AddUserLogEntryToFile(GetUserLogFile(), text); }

@@ -4,10 +4,7 @@
 
 #include <string>
 
-// "/home/vtx/Code/UserLog.vtx".
-std::string GetUserLogFilePath();
-
-// Appends one entry to the user log. A text with line feeds becomes a "--- Multi-line ---" entry
+// Appends one entry to the user log (GetUserLogFile). A text with line feeds becomes a "--- Multi-line ---" entry
 // with one " -> " line per part. An entry that cannot be written is lost without a report.
 void AddUserLogEntry(const char* text);
 

@@ -7,8 +7,8 @@ Fills res/ResourceImplementation.template.cpp with one image's pixels and answer
                  --name SelfTestGreen --kind 3 --id 153 [--size 50x62] \
                  [--mask R,G,B] [--alpha alpha.pgm] --out out.cpp image.ppm
 
-The image is a binary PPM (P6); the optional alpha channel is a binary PGM (P5)
-of the same size. Without --mask the image has no mask and the mask colour is
+The image and the optional alpha channel (grey, the same size) may be of any
+format ImageMagick reads; the artwork is kept as binary PPM. Without --mask the image has no mask and the mask colour is
 (0, 0, 0). --size makes a mismatch between the artwork and the expected size a
 build error.
 
@@ -18,6 +18,7 @@ Problems are reported on stderr with exit status 1.
 import argparse
 import os
 import re
+import subprocess
 import sys
 
 TOKENS = (
@@ -32,41 +33,19 @@ class ImageError(Exception):
     pass
 
 
-def read_netpbm(path, magic):
-    """Returns (width, height, bytes) of a binary PPM/PGM with maxval up to 255."""
-    with open(path, "rb") as f:
-        data = f.read()
-    fields = []
-    pos = 0
-    while len(fields) < 4:
-        while pos < len(data) and data[pos:pos + 1].isspace():
-            pos += 1
-        if pos < len(data) and data[pos:pos + 1] == b"#":
-            while pos < len(data) and data[pos:pos + 1] not in (b"\n", b"\r"):
-                pos += 1
-            continue
-        start = pos
-        while pos < len(data) and not data[pos:pos + 1].isspace() and data[pos:pos + 1] != b"#":
-            pos += 1
-        if start == pos:
-            raise ImageError("%s: truncated header" % path)
-        fields.append(data[start:pos])
-    if fields[0] != magic:
-        raise ImageError("%s: not a binary %s file" % (path, magic.decode()))
-    try:
-        width, height, maxval = (int(v) for v in fields[1:])
-    except ValueError:
-        raise ImageError("%s: bad header" % path)
-    if width < 1 or height < 1 or not 0 < maxval < 256:
-        raise ImageError("%s: unsupported size or depth" % path)
-    pos += 1  # the single whitespace after maxval
-    channels = 3 if magic == b"P6" else 1
-    size = width * height * channels
-    pixels = data[pos:pos + size]
-    if len(pixels) != size:
-        raise ImageError("%s: pixel data is truncated" % path)
-    if maxval != 255:
-        pixels = bytes((v * 255 + maxval // 2) // maxval for v in pixels)
+def read_image(path, channels):
+    """Returns (width, height, bytes) of an image file of any format ImageMagick reads: 8-bit RGB
+    (channels 3) or grey (channels 1), rows top to bottom."""
+    def magick(*args):
+        run = subprocess.run(args, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        if run.returncode != 0:
+            raise ImageError("%s: %s" % (path, run.stderr.decode(errors="replace").strip() or "unreadable"))
+        return run.stdout
+    size = magick("identify", "-format", "%w %h\n", path).split(b"\n")[0].split()
+    width, height = int(size[0]), int(size[1])
+    pixels = magick("convert", path + "[0]", "-depth", "8", "rgb:-" if channels == 3 else "gray:-")
+    if len(pixels) != width * height * channels:
+        raise ImageError("%s: %d bytes of pixels for %dx%d" % (path, len(pixels), width, height))
     return width, height, pixels
 
 
@@ -92,9 +71,9 @@ def main(argv):
     ap.add_argument("--id", type=int, required=True)
     ap.add_argument("--size", help="expected WIDTHxHEIGHT")
     ap.add_argument("--mask", help="mask colour R,G,B")
-    ap.add_argument("--alpha", help="alpha channel, binary PGM")
+    ap.add_argument("--alpha", help="alpha channel, a grey image")
     ap.add_argument("--out", required=True)
-    ap.add_argument("image", help="binary PPM")
+    ap.add_argument("image", help="the artwork")
     args = ap.parse_args(argv[1:])
 
     try:
@@ -102,7 +81,7 @@ def main(argv):
             raise ImageError("%s: not a valid class-name suffix" % args.name)
         if not 0 <= args.id <= 0xFFFFFFFF:
             raise ImageError("resource id %d out of range" % args.id)
-        width, height, rgb = read_netpbm(args.image, b"P6")
+        width, height, rgb = read_image(args.image, 3)
         if args.size:
             m = re.fullmatch(r"(\d+)x(\d+)", args.size)
             if not m:
@@ -117,7 +96,7 @@ def main(argv):
             mask = tuple(int(p) for p in parts)
         alpha = None
         if args.alpha:
-            aw, ah, alpha = read_netpbm(args.alpha, b"P5")
+            aw, ah, alpha = read_image(args.alpha, 1)
             if (aw, ah) != (width, height):
                 raise ImageError("%s: alpha is %dx%d, image is %dx%d" % (args.alpha, aw, ah,
                                                                         width, height))
@@ -137,7 +116,7 @@ def main(argv):
             "####DATA_ALPHA####": c_bytes(alpha) if alpha is not None else "",
             "####_SET_ALPHA####": "_HAS_ALPHA" if alpha is not None else "_HAS_NO_ALPHA",
         })
-    except (ImageError, OSError) as e:
+    except (ImageError, OSError, ValueError, IndexError) as e:
         print("gen_image.py: %s" % e, file=sys.stderr)
         return 1
 

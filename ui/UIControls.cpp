@@ -1,6 +1,5 @@
 #include "ui/UIControls.h"
 
-#include <wx/app.h>
 #include <wx/brush.h>
 #include <wx/dcbuffer.h>
 #include <wx/msgdlg.h>
@@ -14,29 +13,17 @@
 
 // ---- repaint requests ----
 
-CRepaintRequester::CRepaintRequester(wxWindow* window) : m_shared(std::make_shared<CShared>()) {
-    m_shared->window = window;
-}
-
-CRepaintRequester::~CRepaintRequester() { m_shared->window = nullptr; }
-
 void CRepaintRequester::Request() {
     if (wxIsMainThread()) {
-        if (m_shared->window) m_shared->window->Refresh(false);
+        m_window->Refresh(false);
         return;
     }
     // One queued request covers every change made before it is handled: the handler clears the
     // flag before the repaint reads the values.
-    if (m_shared->pending.exchange(true, std::memory_order_acq_rel)) return;
-    wxAppConsole* app = wxTheApp;
-    if (!app) {
-        m_shared->pending.store(false, std::memory_order_release);
-        return;
-    }
-    std::shared_ptr<CShared> shared = m_shared;
-    app->CallAfter([shared]() {
-        shared->pending.store(false, std::memory_order_release);
-        if (shared->window) shared->window->Refresh(false);
+    if (m_pending.exchange(true, std::memory_order_acq_rel)) return;
+    m_handOff.Post([this] {
+        m_pending.store(false, std::memory_order_release);
+        m_window->Refresh(false);
     });
 }
 
@@ -163,19 +150,11 @@ CInstrumentProgressBase::CInstrumentProgressBase(wxWindow* parent, wxWindowID id
 
 CInstrumentProgressBase::~CInstrumentProgressBase() = default;
 
-void CInstrumentProgressBase::SetRange(int range) {
-    const bool changed = m_progress.Apply([range](CProgress& p) {
-        if (p.range == range) return false;
-        p.range = range;
-        return true;
-    });
-    if (changed) m_repaint.Request();
-}
-
-void CInstrumentProgressBase::SetValue(int value) {
-    const bool changed = m_progress.Apply([value](CProgress& p) {
-        if (p.value == value) return false;
+void CInstrumentProgressBase::SetProgress(int value, int range) {
+    const bool changed = m_progress.Apply([value, range](CProgress& p) {
+        if (p.value == value && p.range == range) return false;
         p.value = value;
+        p.range = range;
         return true;
     });
     if (changed) m_repaint.Request();
@@ -219,14 +198,12 @@ void CInstrumentProgressBase::ReportMissingImage(uint32_t id) {
     const std::string message = "Could not load bitmap " + std::to_string(id);
     const TReportFunction report = g_reportFunction.load();
     // Shown from the event loop, not from inside the construction of the page.
-    if (wxTheApp) {
-        wxTheApp->CallAfter([message, report]() {
-            if (report)
-                report(message);
-            else
-                wxMessageBox(wxString::FromUTF8(message));
-        });
-    }
+    CallOnGuiThread([message, report]() {
+        if (report)
+            report(message);
+        else
+            wxMessageBox(wxString::FromUTF8(message));
+    });
 }
 
 // Nine pieces: the corners keep their size, the edges stretch along, the middle both ways.

@@ -15,6 +15,7 @@
 #include <string>
 
 #include "foundation/Collectors.h"
+#include "foundation/GuiHandOff.h"
 #include "ui/Geometry.h"
 #include "ui/InstrumentFont.h"
 #include "ui/TextControl.h"
@@ -23,25 +24,19 @@ class wxDC;
 class wxPaintEvent;
 class CColorRectBase;
 
-// Asks the GUI thread to repaint one window. Request() may be called from any thread; the
-// request goes through the application's event queue and is dropped if the window is gone by the
-// time it arrives. Requests made while one is pending are merged into it.
+// Asks the GUI thread to repaint one window. Request() may be called from any thread; from
+// another thread the request goes through the window's hand-off and is dropped if the window is
+// gone by the time it arrives. Requests made while one is pending are merged into it.
 class CRepaintRequester {
 public:
-    explicit CRepaintRequester(wxWindow* window);
-    // GUI thread, while the window is being destroyed.
-    ~CRepaintRequester();
-    CRepaintRequester(const CRepaintRequester&) = delete;
-    CRepaintRequester& operator=(const CRepaintRequester&) = delete;
-
+    // GUI thread; the requester is a member of the window.
+    explicit CRepaintRequester(wxWindow* window) : m_window(window) {}
     void Request();
 
 private:
-    struct CShared {
-        wxWindow* window;              // read and cleared on the GUI thread only
-        std::atomic<bool> pending{false};
-    };
-    std::shared_ptr<CShared> m_shared;
+    wxWindow* const m_window;
+    std::atomic<bool> m_pending{false};
+    CGuiHandOff m_handOff;
 };
 
 // Paints the part of a background painter that lies behind a child window, so that the child
@@ -103,9 +98,9 @@ public:
                             uint32_t frameImageId = kFrameImageId);
     ~CInstrumentProgressBase() override;
 
-    // Any thread; the bar repaints when the value changed.
-    void SetRange(int range);
-    void SetValue(int value);
+    // Any thread. Value and range together, so that no repaint shows one without the other; the
+    // bar repaints once when either changed.
+    void SetProgress(int value, int range);
     int GetRange() const;
     int GetValue() const;
 

@@ -10,7 +10,7 @@
 #include <cmath>
 #include <utility>
 
-#include "foundation/InstrumentCommonData.h"
+#include "foundation/common/InstrumentCommonData.h"
 #include "ui/ImageResources.h"
 
 // ---- colour values and schemes ----

@@ -10,17 +10,14 @@
 #include "foundation/InstrumentSettings.h"
 #include "foundation/InstrumentTime.h"
 #include "language/InstrumentLanguage.h"
-#include "update/ComputerControl.h"
-#include "update/FileInfo.h"
-#include "update/InstrumentLocations.h"
+#include "update/os/ComputerControl.h"
+#include "update/os/FileInfo.h"
+#include "update/os/ShellCommands.h"
+#include "update/locations/InstrumentLocations.h"
 
 #ifndef VTX_SUPPRESS_REBOOT
 #define VTX_SUPPRESS_REBOOT 0
 #endif
-
-const char* const kSystemLibraryLink = "/usr/lib/i386-linux-gnu/libstdc++.so.6";
-const char* const kSystemLibraryTarget = "/usr/lib/i386-linux-gnu/libstdc++.so.6.0.22";
-const char* const kChineseVariantMarker = "/opt/librime/";
 
 namespace {
 
@@ -34,22 +31,10 @@ enum : uint32_t {
     eTextRestartingApplication = 423,
 };
 
-const char* const kReplacementRuntimeName = "libstdc++.so.6.0.22";
-const char* const kAuxiliaryFileName = "zip";
-const char* const kBackupFolderName = "Old";
-const char* const kBackupFilePrefix = "Application_";
-
-std::string Join(const std::string& a, const std::string& b) { return a + GetPathSeparator() + b; }
-
-std::string CodeFolder() { return GetApplicationFolder(); }
-std::string ApplicationFile() { return Join(CodeFolder(), GetApplicationFileName(2)); }
-std::string NewBuildFolder() { return Join(CodeFolder(), GetNewBuildFolderName()); }
-std::string StickUpdateFolder() { return Join(GetUsbMountPoint(), GetUpdateFolderName()); }
-
-// The link's target, or false when it cannot be read.
+// The runtime link's target, or false when it cannot be read.
 bool ReadLinkTarget(std::string& target) {
     char buffer[512];
-    const ssize_t length = readlink(kSystemLibraryLink, buffer, sizeof(buffer) - 1);
+    const ssize_t length = readlink(GetRuntimeLibraryLink().c_str(), buffer, sizeof(buffer) - 1);
     if (length < 0) return false;
     buffer[length] = '\0';
     target.assign(buffer, static_cast<size_t>(length));
@@ -128,7 +113,7 @@ void CUpdateProcedure::WritePrefixedLine(const std::string& text) { m_logWriter.
 void CUpdateProcedure::Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(m_pauseMs)); }
 
 bool CUpdateProcedure::RunPrivileged(const std::string& command) {
-    return RunShellCommand(std::string(kPrivilegedTool) + " \"" + command + "\"") == 0;
+    return RunShellCommand(NS_ShellCommand::Privileged(command)) == 0;
 }
 
 bool CUpdateProcedure::RunClosingSequence() {
@@ -157,7 +142,7 @@ bool CUpdateProcedure::RunUpdateProcedure() {
 
 bool CUpdateProcedure::OpenUpdateLog() {
     if (IsReducedUpdate()) return true;
-    const std::string folder = CodeFolder() + GetPathSeparator();
+    const std::string folder = GetApplicationFolder() + GetPathSeparator();
     CFileInfoArray logs;
     logs.ScanFolder(folder, kLogFilePattern, false);
     if (logs.Count() == 0) {
@@ -183,8 +168,8 @@ bool CUpdateProcedure::OpenUpdateLog() {
 
 bool CUpdateProcedure::CopyAuxiliaryFiles() {
     if (IsReducedUpdate()) return true;
-    const std::string onStick = Join(StickUpdateFolder(), kAuxiliaryFileName);
-    const std::string onInstrument = Join(CodeFolder(), kAuxiliaryFileName);
+    const std::string onStick = JoinPath(GetUsbUpdateFolder(), GetAuxiliaryFileName());
+    const std::string onInstrument = JoinPath(GetApplicationFolder(), GetAuxiliaryFileName());
     if (!FileExists(onStick)) {
         WritePrefixedLine(" no zip file on USB");
         return true;
@@ -218,7 +203,7 @@ bool CUpdateProcedure::CheckSystemLibraryLink() {
 
 bool CUpdateProcedure::IsSystemLibraryCurrent() {
     std::string target;
-    if (ReadLinkTarget(target) && target == kSystemLibraryTarget) {
+    if (ReadLinkTarget(target) && target == GetRuntimeLibraryTarget()) {
         WriteLine("version is correct, starting normal upgrade procedure");
         return true;
     }
@@ -234,36 +219,39 @@ bool CUpdateProcedure::UpdateOperatingSystem() {
         return false;
     };
     WriteLine("version incorrect - updating OS");
-    const std::string replacement = Join(StickUpdateFolder(), kReplacementRuntimeName);
+    const std::string replacement = JoinPath(GetUsbUpdateFolder(), GetRuntimeLibraryName());
+    const std::string rootImage = GetRootImageFolder();
     if (!FileExists(replacement)) return fail("FAIL - no prerequisites on USB");
     WriteLine("prerequisites exists on USB");
-    if (!FileExists(kPrivilegedTool)) return fail("FAIL - no prerequisites on disk");
+    if (!FileExists(GetPrivilegedTool())) return fail("FAIL - no prerequisites on disk");
     WriteLine("prerequisites exists on disk");
-    if (!RunPrivileged("mount -o remount,rw /mnt/root-ro")) return fail("FAIL - cannot mount OS");
+    if (!RunPrivileged("mount -o remount,rw " + rootImage)) return fail("FAIL - cannot mount OS");
     WriteLine("remounted OS");
-    if (!RunPrivileged("cp " + replacement + " /mnt/root-ro" + kSystemLibraryTarget))
+    if (!RunPrivileged("cp " + replacement + " " + rootImage + GetRuntimeLibraryTarget()))
         return fail("FAIL - cannot copy prerequisites to OS");
     WriteLine("copied prerequisites to OS");
-    if (!RunPrivileged(std::string("ln -sf ") + kSystemLibraryTarget + " /mnt/root-ro" + kSystemLibraryLink))
+    if (!RunPrivileged("ln -sf " + GetRuntimeLibraryTarget() + " " + rootImage + GetRuntimeLibraryLink()))
         return fail("FAIL - cannot link prerequisites");
     WriteLine("link changed");
     return true;
 }
 
 bool CUpdateProcedure::BackUpOldVersion() {
-    const std::string application = ApplicationFile();
+    const std::string application = GetApplicationFile();
     CFileInfoArray info;
     if (info.AddFile(application) < 0) {
         ShowCode(eCodeNoApplication);
         return false;
     }
     const time_t modified = static_cast<time_t>(info.GetLastWriteTime(0).GetValue().GetValue() / 1000);
-    const std::string backupFolder = Join(CodeFolder(), kBackupFolderName);
+    const std::string backupFolder = GetBackupFolder();
     if (!CreateFolder(backupFolder)) {
         ShowCode(eCodeBackupFolder);
         return false;
     }
-    const std::string backup = Join(backupFolder, kBackupFilePrefix + FormatBackupTimeStamp(modified));
+    // Named after the application, with the time it was last written.
+    const std::string backup =
+        JoinPath(backupFolder, GetApplicationFileName(2) + "_" + FormatBackupTimeStamp(modified));
     if (!CopyFile(application, backup)) {
         ShowCode(eCodeBackupCopy);
         return false;
@@ -273,20 +261,19 @@ bool CUpdateProcedure::BackUpOldVersion() {
 }
 
 bool CUpdateProcedure::InstallNewVersion() {
-    const bool chinese = FileExists(kChineseVariantMarker);
-    const std::string fileName = chinese ? "Application_Chinese" : GetApplicationFileName(2);
-    const std::string newBuild = Join(NewBuildFolder(), fileName);
+    const bool chinese = FileExists(GetChineseVariantMarker());
+    const std::string fileName = chinese ? GetChineseApplicationFileName() : GetApplicationFileName(2);
+    const std::string newBuild = JoinPath(GetNewBuildFolder(), fileName);
     // The check's sense is inverted and stays so: a zero exit status stops the installation.
-    const std::string check = "[[ $(ldd " + newBuild + " | grep not | wc -l) -eq 0 ]]";
-    if (RunShellCommand(check) == 0) {
+    if (RunShellCommand(NS_ShellCommand::LibraryCheck(newBuild)) == 0) {
         ShowCode(chinese ? eCodeLibraryCheckChinese : eCodeLibraryCheckStandard);
         return false;
     }
-    if (!CopyFile(newBuild, ApplicationFile())) {
+    if (!CopyFile(newBuild, GetApplicationFile())) {
         ShowCode(eCodeInstallCopy);
         return false;
     }
-    if (!RemoveFolderTree(NewBuildFolder())) {
+    if (!RemoveFolderTree(GetNewBuildFolder())) {
         ShowCode(eCodeRemoveNewBuild);
         return false;
     }
@@ -297,9 +284,9 @@ bool CUpdateProcedure::InstallNewVersion() {
 bool CUpdateProcedure::InstallFontPackage() {
     if (IsReducedUpdate()) return true;
     const std::string home = GetUserHomeFolder();
-    const std::string package = Join(GetUsbMountPoint(), GetFontPackageFileName());
+    const std::string package = JoinPath(GetUsbMountPoint(), GetFontPackageFileName());
     if (!FileExists(package)) return true;
-    if (FileExists(Join(home, GetFontPackageFileName()))) return true;
+    if (FileExists(JoinPath(home, GetFontPackageFileName()))) return true;
     WritePrefixedLine(" Copying " + package + " to " + home);
     if (!CopyFile(package, home)) {
         ShowStatus(GetText(eTextCouldNotCopy) + ": font package");
@@ -307,7 +294,7 @@ bool CUpdateProcedure::InstallFontPackage() {
         return false;
     }
     bool opened = false;
-    const std::string printed = RunCommandOutput("cd " + home + "; tar xzf " + GetFontPackageFileName(), opened);
+    const std::string printed = RunCommandOutput(NS_ShellCommand::UnpackFontPackage(home, GetFontPackageFileName()), opened);
     if (!opened || !printed.empty()) {
         ShowStatus(GetText(eTextCouldNotCopy) + ": " + printed);
         WritePrefixedLine(" Unpack error : " + printed);
@@ -350,7 +337,7 @@ bool CUpdateProcedure::RebootInstrument() {
     // The installed build and the stick's log go onto their media before the power goes.
     FlushAllFileSystems();
     m_log.LogEvent("Rebooting the instrument");
-    const int status = RunShellCommand(std::string(kPrivilegedTool) + " reboot");
+    const int status = RunShellCommand(NS_ShellCommand::PrivilegedReboot());
     // Normally the machine goes down before anyone reads this; when it does not, the console
     // tells the service engineer why the instrument is still on this screen.
     m_log.LogEvent("The reboot command returned, exit status " + std::to_string(status));

@@ -43,11 +43,6 @@ enum eUpdateStepCode {
     eCodeOperatingSystem = 18,
 };
 
-// Paths and commands of the procedure that are not location getters.
-extern const char* const kSystemLibraryLink;          // "/usr/lib/i386-linux-gnu/libstdc++.so.6"
-extern const char* const kSystemLibraryTarget;        // "/usr/lib/i386-linux-gnu/libstdc++.so.6.0.22"
-extern const char* const kChineseVariantMarker;       // "/opt/librime/"
-
 // "Disk error... (04)": text 168, three dots, a blank and the code in parentheses.
 std::string FormatStepCode(int code);
 // The backup name's time stamp from a modification time: DDMMYYYY_HHMM, local time.

@@ -41,8 +41,7 @@ void CUIUpdate::ShowStatusText(const std::string& utf8) {
 
 void CUIUpdate::ShowProgress(int value, int maximum) {
     if (!m_progressBar) return;
-    m_progressBar->SetRange(maximum);
-    m_progressBar->SetValue(value);
+    m_progressBar->SetProgress(value, maximum);
 }
 
 CInstrumentViewUpdate::CInstrumentViewUpdate(const CInstrumentViewCreatorNeeds& needs)

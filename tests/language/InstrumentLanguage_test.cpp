@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "foundation/InstrumentCommonData.h"
+#include "foundation/common/InstrumentCommonData.h"
 #include "foundation/InstrumentEnums.h"
 #include "foundation/InstrumentSettings.h"
 #include "language/LanguageTables.h"

@@ -51,8 +51,7 @@ TEST(ControlsStress, WorkerSetsWhileTheGuiThreadPaints) {
     std::thread worker([&] {
         for (int i = 0; i < kRounds; ++i) {
             field->SetText(kTexts[i % kTexts.size()]);
-            bar->SetRange(100 + i % 3);
-            bar->SetValue(i % 101);
+            bar->SetProgress(i % 101, 100 + i % 3);
         }
         done.store(true);
     });

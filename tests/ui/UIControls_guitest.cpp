@@ -102,7 +102,7 @@ TEST_F(UIControls, ProgressBarFillsInProportionInsideItsFrameWithOrWithoutTheFra
     bar->SetBackGroundPainter(&m_grey);
     const wxRect inside = CInstrumentProgressBase::InsideRect(wxSize(400, 56));
     const int y = inside.y + inside.height * 2 / 3;
-    bar->SetValue(50);
+    bar->SetProgress(50, 100);
     CCanvas half(400, 56);
     bar->Render(*half.Dc());
     EXPECT_EQ(half.At(inside.x + inside.width / 4, y), kBarFill);
@@ -122,7 +122,7 @@ TEST_F(UIControls, ProgressBarFillsInProportionInsideItsFrameWithOrWithoutTheFra
     vtxtest::Pump(50);
     EXPECT_EQ(g_reports, std::vector<std::string>{"Could not load bitmap 336"});
     for (CInstrumentProgressBase* filled : {bar, bare}) {
-        filled->SetValue(100);
+        filled->SetProgress(100, 100);
         CCanvas full(400, 56);
         filled->Render(*full.Dc());
         EXPECT_EQ(full.At(inside.GetRight() - 5, y), kBarFill) << filled->HasFrameImage();

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "foundation/InstrumentCommonData.h"
+#include "foundation/common/InstrumentCommonData.h"
 #include "tests/ui/UiTestSupport.h"
 #include "ui/ImageResources.h"
 

@@ -14,6 +14,7 @@
 #include "app/WorkerThread.h"
 #include "tests/foundation/TestFiles.h"
 #include "update/Update.h"
+#include "update/locations/InstrumentLocations.h"
 #include "update/UpdateView.h"
 
 using vtxtest::ReadFile;
@@ -41,8 +42,8 @@ protected:
                         " && mkdir -p /media/usb/update && echo aux > /media/usb/update/zip"),
             0);
         WriteFile("/home/vtx/Code/instrument.log", "old\r\n", 1000000000);
-        unlink(kSystemLibraryLink);
-        ASSERT_EQ(symlink(kSystemLibraryTarget, kSystemLibraryLink), 0);
+        unlink(GetRuntimeLibraryLink().c_str());
+        ASSERT_EQ(symlink(GetRuntimeLibraryTarget().c_str(), GetRuntimeLibraryLink().c_str()), 0);
     }
     CRecordingScreen screen;
 };

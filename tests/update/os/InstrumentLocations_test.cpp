@@ -1,4 +1,4 @@
-#include "update/InstrumentLocations.h"
+#include "update/locations/InstrumentLocations.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "update/FileInfo.h"
+#include "update/os/FileInfo.h"
 
 #include <glob.h>
 #include <sys/stat.h>

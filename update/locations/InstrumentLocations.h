@@ -11,6 +11,8 @@ inline constexpr const char kManualArchiveName[] = "Korvalin-manual.zip";
 
 // "/", the one separator every composed path is joined with.
 std::string GetPathSeparator();
+// folder, the separator, name.
+std::string JoinPath(const std::string& folder, const std::string& name);
 
 // Base folders.
 std::string GetApplicationFolder();   // "/home/vtx/Code"
@@ -34,6 +36,9 @@ std::string GetFontFolder();
 // version below 1 selects the ".exe" form.
 std::string GetApplicationFileName(int version);
 std::string GetUpdateProgramFileName(int version);
+std::string GetChineseApplicationFileName();  // "Application_Chinese", the build for /opt/librime/
+std::string GetAuxiliaryFileName();           // "zip"
+std::string GetRuntimeLibraryName();          // "libstdc++.so.6.0.22", the runtime the builds need
 
 // Composed paths.
 std::string GetDataFolder();
@@ -45,3 +50,22 @@ std::string GetUserLogFile();
 std::string GetCalibrationLogFile();
 std::string GetUsbCalibrationTable();
 std::string GetUserManual();
+std::string GetFactoryQcFile();        // "/home/vtx/Code/FactoryQC.vtx"
+
+// The update's places.
+std::string GetApplicationFile();      // "/home/vtx/Code/Application"
+std::string GetNewBuildFolder();       // "/home/vtx/Code/NEW"
+std::string GetBackupFolder();         // "/home/vtx/Code/Old"
+std::string GetUsbUpdateFolder();      // "/media/usb/update"
+std::string GetChineseVariantMarker(); // "/opt/librime/", a folder that exists on Chinese instruments
+
+// The operating system's runtime library, and the root image it is installed from.
+std::string GetRuntimeLibraryFolder(); // "/usr/lib/i386-linux-gnu"
+std::string GetRuntimeLibraryLink();   // that folder, "libstdc++.so.6"
+std::string GetRuntimeLibraryTarget(); // that folder, GetRuntimeLibraryName()
+std::string GetRootImageFolder();      // "/mnt/root-ro", mounted read-only
+
+// The instrument's own tools.
+std::string GetPrivilegedTool();       // "/home/vtx/bin/VtxSecret": runs its one argument with full rights
+std::string GetHostNameTool();         // "/home/vtx/bin/VtxHostname"
+std::string GetFileSystemTableTool();  // "/home/vtx/bin/append_fstab"

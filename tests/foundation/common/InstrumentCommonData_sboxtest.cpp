@@ -1,5 +1,5 @@
 // The reset to factory state on the instrument's settings files (sandbox only).
-#include "foundation/InstrumentCommonData.h"
+#include "foundation/common/InstrumentCommonData.h"
 
 #include "foundation/InstrumentSettings.h"
 #include "log/InstrumentLog.h"

@@ -1,4 +1,4 @@
-#include "update/InstrumentLocations.h"
+#include "update/locations/InstrumentLocations.h"
 
 namespace {
 
@@ -9,17 +9,20 @@ const std::string& Separator() {
     return separator;
 }
 
-std::string Join(const std::string& folder, const std::string& name) {
-    return folder + Separator() + name;
-}
+std::string Join(const std::string& folder, const std::string& name) { return folder + Separator() + name; }
+
+std::string Root(const char* first, const char* second) { return Separator() + first + Separator() + second; }
+
+std::string ToolsFolder() { return Join(GetUserHomeFolder(), "bin"); }
 
 }  // namespace
 
 std::string GetPathSeparator() { return Separator(); }
+std::string JoinPath(const std::string& folder, const std::string& name) { return Join(folder, name); }
 
 std::string GetApplicationFolder() { return Join(GetUserHomeFolder(), "Code"); }
-std::string GetUserHomeFolder() { return Separator() + "home" + Separator() + "vtx"; }
-std::string GetUsbMountPoint() { return Separator() + "media" + Separator() + "usb"; }
+std::string GetUserHomeFolder() { return Root("home", "vtx"); }
+std::string GetUsbMountPoint() { return Root("media", "usb"); }
 
 std::string GetCalibrationFolderName() { return "Calibration"; }
 std::string GetDataFolderName() { return "data"; }
@@ -36,6 +39,9 @@ std::string GetFontFolder() { return Join(GetUserHomeFolder(), "jfonts"); }
 
 std::string GetApplicationFileName(int version) { return version >= 1 ? "Application" : "Application.exe"; }
 std::string GetUpdateProgramFileName(int version) { return version >= 1 ? "update" : "update.exe"; }
+std::string GetChineseApplicationFileName() { return GetApplicationFileName(2) + "_Chinese"; }
+std::string GetAuxiliaryFileName() { return "zip"; }
+std::string GetRuntimeLibraryName() { return "libstdc++.so.6.0.22"; }
 
 std::string GetDataFolder() { return Join(GetApplicationFolder(), GetDataFolderName()); }
 std::string GetSystemFolder() { return Join(GetUserHomeFolder(), "WINDOWS"); }
@@ -48,3 +54,19 @@ std::string GetUsbCalibrationTable() { return Join(GetUsbMountPoint(), "CalibTab
 std::string GetUserManual() {
     return Join(Join(GetApplicationFolder(), GetUserManualFolderName()), "Korvalin-manual.html");
 }
+std::string GetFactoryQcFile() { return Join(GetApplicationFolder(), "FactoryQC.vtx"); }
+
+std::string GetApplicationFile() { return Join(GetApplicationFolder(), GetApplicationFileName(2)); }
+std::string GetNewBuildFolder() { return Join(GetApplicationFolder(), GetNewBuildFolderName()); }
+std::string GetBackupFolder() { return Join(GetApplicationFolder(), "Old"); }
+std::string GetUsbUpdateFolder() { return Join(GetUsbMountPoint(), GetUpdateFolderName()); }
+std::string GetChineseVariantMarker() { return Root("opt", "librime") + Separator(); }
+
+std::string GetRuntimeLibraryFolder() { return Join(Root("usr", "lib"), "i386-linux-gnu"); }
+std::string GetRuntimeLibraryLink() { return Join(GetRuntimeLibraryFolder(), "libstdc++.so.6"); }
+std::string GetRuntimeLibraryTarget() { return Join(GetRuntimeLibraryFolder(), GetRuntimeLibraryName()); }
+std::string GetRootImageFolder() { return Root("mnt", "root-ro"); }
+
+std::string GetPrivilegedTool() { return Join(ToolsFolder(), "VtxSecret"); }
+std::string GetHostNameTool() { return Join(ToolsFolder(), "VtxHostname"); }
+std::string GetFileSystemTableTool() { return Join(ToolsFolder(), "append_fstab"); }

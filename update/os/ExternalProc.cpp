@@ -1,4 +1,4 @@
-#include "update/ExternalProc.h"
+#include "update/os/ExternalProc.h"
 
 #include "foundation/DebugTrace.h"
 

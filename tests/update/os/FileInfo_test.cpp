@@ -1,4 +1,4 @@
-#include "update/FileInfo.h"
+#include "update/os/FileInfo.h"
 
 #include "tests/foundation/TestFiles.h"
 

@@ -25,8 +25,6 @@ struct SFirmwareIdentification {
     std::string text;     // "vendor version" (only the one that is present when the other is empty)
 };
 
-// "/home/vtx/bin/VtxSecret"
-extern const char* const kPrivilegedTool;
 // "/sbin/shutdown"
 extern const char* const kShutdownProgram;
 

@@ -1,4 +1,4 @@
-#include "foundation/InstrumentCommonData.h"
+#include "foundation/common/InstrumentCommonData.h"
 
 #include <cmath>
 #include <mutex>

@@ -1,4 +1,4 @@
-#include "update/ExternalProc.h"
+#include "update/os/ExternalProc.h"
 
 #include "tests/foundation/TestFiles.h"
 

@@ -1,6 +1,6 @@
 // Runs inside the instrument sandbox: the instrument's tools record their arguments under
 // $ROOT/record, and stand-ins for the system's tools come first on PATH.
-#include "update/ComputerControl.h"
+#include "update/os/ComputerControl.h"
 
 #include "tests/foundation/TestFiles.h"
 

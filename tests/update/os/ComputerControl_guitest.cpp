@@ -1,4 +1,4 @@
-#include "update/ComputerControl.h"
+#include "update/os/ComputerControl.h"
 
 #include "tests/common/WxTestHelpers.h"
 

@@ -1,10 +1,11 @@
-#include "update/ComputerControl.h"
+#include "update/os/ComputerControl.h"
 
 #include "foundation/DebugTrace.h"
+#include "foundation/GuiHandOff.h"
 #include "foundation/TextFile.h"
-#include "update/SiteConfiguration.h"
+#include "update/os/ShellCommands.h"
+#include "update/os/SiteConfiguration.h"
 
-#include <wx/app.h>
 #include <wx/cursor.h>
 #include <wx/gdicmn.h>
 #include <wx/thread.h>
@@ -24,7 +25,6 @@
 #include <cstdlib>
 #include <mutex>
 
-const char* const kPrivilegedTool = "/home/vtx/bin/VtxSecret";
 const char* const kShutdownProgram = "/sbin/shutdown";
 const char* const kPartialCopyName = ".vtx-partial-copy";
 
@@ -34,18 +34,6 @@ const char* const kModule = "ComputerControl";
 
 std::mutex g_shutdownProgramMutex;
 std::string g_shutdownProgramOverride;
-
-// Escapes what the shell still interprets inside double quotes, so that a file name can never
-// end the quoting or run a command. Ordinary paths come out unchanged.
-std::string InDoubleQuotes(const std::string& text) {
-    std::string quoted("\"");
-    for (char c : text) {
-        if (c == '"' || c == '\\' || c == '$' || c == '`') quoted += '\\';
-        quoted += c;
-    }
-    quoted += '"';
-    return quoted;
-}
 
 std::string FolderOf(const std::string& path) {
     const std::string::size_type slash = path.rfind('/');
@@ -94,7 +82,7 @@ void ApplyNormalCursor() {
 template <class Call>
 bool OnGuiThread(Call call) {
     if (wxIsMainThread()) return true;
-    if (wxTheApp != nullptr) wxTheApp->CallAfter(call);
+    CallOnGuiThread(call);
     return false;
 }
 
@@ -138,30 +126,27 @@ int RunShellCommand(const std::string& command) {
 }
 
 bool ShutDownComputer(int mode) {
-    const std::string command = GetShutdownProgram() + " " + (mode == 2 ? "-r" : "-P") + " now ''";
+    const std::string command = NS_ShellCommand::Shutdown(GetShutdownProgram(), mode);
     const int status = RunShellCommand(command);
     if (status == 0) return true;
     if (status < 0) return false;
     // Refused, typically for lack of rights.
-    return RunShellCommand(std::string(kPrivilegedTool) + " \"" + command + "\"") == 0;
+    return RunShellCommand(NS_ShellCommand::Privileged(command)) == 0;
 }
 
 bool SetComputerHostName(const std::string& name) {
-    const int status = std::system((std::string("/home/vtx/bin/VtxHostname ") + name).c_str());
+    const int status = std::system(NS_ShellCommand::SetHostName(name).c_str());
     VtxDebugTrace(kModule, "SetHostName", "SetHostName Res = %i\n", status);
     return status == 0;
 }
 
 bool SetComputerSystemClock(const SInstrumentDateTime& dateTime) {
-    char command[96];
-    std::snprintf(command, sizeof command, "date -s \"%4u-%2u-%2u %2u:%2u:%2u\"", unsigned{dateTime.year},
-                  unsigned{dateTime.month}, unsigned{dateTime.day}, unsigned{dateTime.hour}, unsigned{dateTime.minute},
-                  unsigned{dateTime.second});
-    return RunShellCommand(command) == 0;
+    return RunShellCommand(NS_ShellCommand::SetSystemClock(dateTime.year, dateTime.month, dateTime.day,
+                                                           dateTime.hour, dateTime.minute, dateTime.second)) == 0;
 }
 
 void ComputerBeep(unsigned frequency, unsigned length) {
-    RunShellCommand("beep -f " + std::to_string(frequency) + " -l " + std::to_string(length));
+    RunShellCommand(NS_ShellCommand::Beep(frequency, length));
 }
 
 bool GetComputerDiskSpace(uint64_t& totalBlocks, uint64_t& freeBlocks, uint64_t& blockSize, double& scale) {
@@ -242,7 +227,7 @@ bool CopyFile(const std::string& from, const std::string& to) {
     const std::string partial = folder + "/" + kPartialCopyName;
     // Whatever an earlier power cut left under the partial name goes first.
     unlink(partial.c_str());
-    const bool copied = RunShellCommand("cp " + InDoubleQuotes(from) + " " + InDoubleQuotes(partial)) == 0 &&
+    const bool copied = RunShellCommand(NS_ShellCommand::Copy(from, partial)) == 0 &&
                         SyncToDisk(partial, O_RDONLY) && rename(partial.c_str(), destination.c_str()) == 0;
     if (!copied) {
         unlink(partial.c_str());
@@ -304,6 +289,6 @@ int MountNetworkShare(const std::string& sharePath, const std::string& mountPoin
     }
     const std::string line = std::string("//") + GetProductionFileServer() + "/" + share + " " + mountPoint +
                              " cifs " + "username=" + userName + ",password=" + password;
-    RunShellCommand("/home/vtx/bin/append_fstab '" + line + ",noauto,user,rw 0 0'");
-    return RunShellCommand("mount " + mountPoint);
+    RunShellCommand(NS_ShellCommand::AppendFileSystemTable(line + ",noauto,user,rw 0 0"));
+    return RunShellCommand(NS_ShellCommand::Mount(mountPoint));
 }
