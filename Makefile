@@ -12,9 +12,9 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
             libwxgtk3.2-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev \
             xvfb xauth x11-apps x11-utils imagemagick util-linux \
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
-            clang libclang-rt-dev
+            clang libclang-rt-dev gcovr
 
-.PHONY: all deps configure build check rehearse asan tsan clean format fuzz bench package po-update
+.PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update
 
 all: build
 
@@ -72,11 +72,24 @@ SAN_ENV := ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 \
            UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
            TSAN_OPTIONS=suppressions=$(CURDIR)/tools/tsan.supp:halt_on_error=1:second_deadlock_stack=1
 
+# The benchmarks, the package and the checks of the tools and generators run no instrumented code
+# of the program: the sanitizer passes leave them out.
+SAN_SKIP := -LE 'bench|package|tooling' -E 'GenTexts'
+
 asan:
-	$(MAKE) check BUILD=build-asan CMAKE_ARGS="-DVTX_SANITIZE=address -DCMAKE_BUILD_TYPE=Debug" CTEST_ENV="$(SAN_ENV)"
+	$(MAKE) check BUILD=build-asan CMAKE_ARGS="-DVTX_SANITIZE=address -DCMAKE_BUILD_TYPE=Debug" CTEST_ENV="$(SAN_ENV)" \
+	        CTEST_ARGS="$(SAN_SKIP) $(CTEST_ARGS)"
 
 tsan:
-	$(MAKE) check BUILD=build-tsan CMAKE_ARGS="-DVTX_SANITIZE=thread -DCMAKE_BUILD_TYPE=Debug" CTEST_ENV="$(SAN_ENV)"
+	$(MAKE) check BUILD=build-tsan CMAKE_ARGS="-DVTX_SANITIZE=thread -DCMAKE_BUILD_TYPE=Debug" CTEST_ENV="$(SAN_ENV)" \
+	        CTEST_ARGS="$(SAN_SKIP) $(CTEST_ARGS)"
+
+# Line and branch coverage per folder of the whole suite, end-to-end runs included (gcovr).
+coverage:
+	find build-coverage -name '*.gcda' -delete 2>/dev/null || true
+	$(MAKE) check BUILD=build-coverage CMAKE_ARGS="-DVTX_COVERAGE=ON -DCMAKE_BUILD_TYPE=Debug" \
+	        CTEST_ARGS="$(SAN_SKIP) $(CTEST_ARGS)"
+	tools/coverage --build build-coverage --json build-coverage/coverage.json
 
 # The libFuzzer targets with clang, each for VTX_FUZZ_SECONDS (default 60), into build-fuzz.
 fuzz: deps
@@ -86,4 +99,4 @@ format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	rm -rf build build-asan build-tsan
+	rm -rf build build-asan build-tsan build-coverage

@@ -17,6 +17,11 @@ if(VTX_WERROR)
   target_compile_options(vtx_warnings INTERFACE -Werror)
 endif()
 
+if(VTX_COVERAGE)
+  add_compile_options(--coverage -O0)
+  add_link_options(--coverage)
+endif()
+
 if(VTX_SANITIZE STREQUAL "address")
   add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
   add_link_options(-fsanitize=address,undefined)

@@ -107,28 +107,6 @@ size_t CInstrumentLanguageDef::GetPlaceholderLength() {
     return GetPlaceholder().size();
 }
 
-std::string CInstrumentLanguageDef::FillPlaceholders(const std::string& text,
-                                                     const std::vector<std::string>& values) {
-    const std::string& mark = GetPlaceholder();
-    std::string result;
-    result.reserve(text.size());
-    size_t from = 0;
-    for (const std::string& value : values) {
-        const size_t at = text.find(mark, from);
-        if (at == std::string::npos) break;
-        result.append(text, from, at - from);
-        result += value;
-        from = at + mark.size();
-    }
-    result.append(text, from, std::string::npos);
-    return result;
-}
-
-std::string CInstrumentLanguageDef::FillPlaceholders(const std::string& text,
-                                                     std::initializer_list<std::string> values) {
-    return FillPlaceholders(text, std::vector<std::string>(values));
-}
-
 CInstrumentLanguage::CFormatText::~CFormatText() = default;
 
 void CInstrumentLanguage::CColonAdder::Format(CTextBearingControl*, uint32_t, std::string& text,

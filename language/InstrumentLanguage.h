@@ -8,7 +8,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -68,11 +67,6 @@ public:
     // The mark that a text receives a run-time value where it is shown.
     static const std::string& GetPlaceholder();  // "<TAG_AMOUNT>"
     static size_t GetPlaceholderLength();        // 12
-    // Fills the placeholders of text left to right, one value each. Values beyond the number of
-    // placeholders are ignored; placeholders beyond the number of values stay in the text as
-    // they are. Inserted values are not searched again, so a value may itself contain the mark.
-    static std::string FillPlaceholders(const std::string& text, const std::vector<std::string>& values);
-    static std::string FillPlaceholders(const std::string& text, std::initializer_list<std::string> values);
 
 private:
     const CInstrumentLanguageSource* m_source;

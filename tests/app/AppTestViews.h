@@ -5,7 +5,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -15,8 +14,8 @@ namespace vtxtest {
 
 struct SViewEntry {
     int view;          // 1 or 2
-    std::string what;  // "create", "destroy", "activate", "deactivate", "tick", "command"
-    uint32_t id;       // tick: its eViewTick; command: its identifier
+    std::string what;  // "create", "destroy", "activate", "deactivate", "tick"
+    uint32_t id;       // tick: its eViewTick
     uint32_t param;
     bool onMainThread;
     std::chrono::steady_clock::time_point at;
@@ -51,12 +50,6 @@ public:
         AddViewEntry(Number, "deactivate");
         CInstrumentViewBase<TJournalView>::Deactivate();
     }
-    // A command that is recorded and answers handled.
-    uint32_t AddJournalCommand(bool handled) {
-        const uint32_t id = this->AddViewCommand(&TJournalView::OnCommand);
-        m_answers[id] = handled;
-        return id;
-    }
 
 private:
     bool OnTick(uint32_t id, uint32_t param) {
@@ -64,12 +57,6 @@ private:
             if (this->m_tickIds[tick] == id) AddViewEntry(Number, "tick", tick, param);
         return true;
     }
-    bool OnCommand(uint32_t id, uint32_t param) {
-        AddViewEntry(Number, "command", id, param);
-        return m_answers[id];
-    }
-
-    std::map<uint32_t, bool> m_answers;
 };
 
 using CFirstTestView = TJournalView<1>;

@@ -1,17 +1,15 @@
-// The application shell as a process: the real application object, started from the real process
-// arguments, with a view of its own in the place of the update screen. The view takes the special
-// command the way the update screen does and reports on standard output (shell_process.py reads it):
+// The application shell as a process (shell_process.py): the real application object, started from
+// the real process arguments, with a view of its own in the update screen's place that takes the
+// special command as the update screen does and reports on standard output:
 //   probe: activated special=N view=X,Y,W,H
-//   probe: ticks 100ms=N 1s=N 1min=N 2min=N gui=0|1 display=WxH frame=.. client=.. style=0x.. shown=0|1
+//   probe: ticks 100ms=N 1s=N gui=0|1 display=WxH frame=X,Y,W,H client=X,Y,W,H style=0x.. shown=0|1
 //   probe: ended rc=N frame=0|1 server=0|1 main=0|1 workers=N
 // VTX_PROBE_CLOSE_AFTER=N closes the frame after N 100 ms ticks; otherwise it runs until SIGTERM.
 #include <wx/app.h>
 #include <wx/display.h>
 
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 
 #include "app/InstrumentMain.h"
 #include "app/MainFrame.h"
@@ -22,18 +20,13 @@ wxIMPLEMENT_APP_NO_MAIN(CServerApp);
 
 namespace {
 
-std::string Text(const wxRect& r) {
-    return wxString::Format("%d,%d,%d,%d", r.x, r.y, r.width, r.height).ToStdString();
+wxString Text(const wxRect& r) {
+    return wxString::Format("%d,%d,%d,%d", r.x, r.y, r.width, r.height);
 }
 
-__attribute__((format(printf, 1, 2))) void Report(const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    std::printf("probe: ");
-    std::vprintf(format, arguments);
-    std::printf("\n");
+void Report(const wxString& line) {
+    std::printf("probe: %s\n", line.utf8_str().data());
     std::fflush(stdout);
-    va_end(arguments);
 }
 
 class CProbeView : public CInstrumentViewBase<CProbeView>,
@@ -50,7 +43,7 @@ public:
     // Runs inside the frame's construction, before the frame is shown.
     void Activate() override {
         CInstrumentViewBase<CProbeView>::Activate();
-        Report("activated special=%u view=%s", m_special, Text(GetRect()).c_str());
+        Report(wxString::Format("activated special=%u view=%s", m_special, Text(GetRect())));
     }
 
 private:
@@ -61,14 +54,12 @@ private:
             m_closeAfter > 0 && m_ticks[eTick100ms] == m_closeAfter && id == m_tickIds[eTick100ms];
         if (id == m_tickIds[eTick1s] || closing) {
             const CMainFrame* frame = g_mainFrame && GetParent() == g_mainFrame ? g_mainFrame : nullptr;
-            const wxSize display = wxGetDisplaySize();
-            Report(
-                "ticks 100ms=%d 1s=%d 1min=%d 2min=%d gui=%d display=%dx%d frame=%s client=%s style=0x%lx "
-                "shown=%d",
-                m_ticks[0], m_ticks[1], m_ticks[2], m_ticks[3], m_allOnGuiThread, display.x, display.y,
-                frame ? Text(frame->GetScreenRect()).c_str() : "none",
-                frame ? Text(frame->GetClientRectangle()).c_str() : "none",
-                frame ? frame->GetWindowStyleFlag() : 0, frame && frame->IsShown() && IsShown());
+            Report(wxString::Format(
+                "ticks 100ms=%d 1s=%d gui=%d display=%dx%d frame=%s client=%s style=0x%lx shown=%d",
+                m_ticks[eTick100ms], m_ticks[eTick1s], m_allOnGuiThread, wxGetDisplaySize().x,
+                wxGetDisplaySize().y, frame ? Text(frame->GetScreenRect()) : wxString("none"),
+                frame ? Text(frame->GetClientRectangle()) : wxString("none"),
+                frame ? frame->GetWindowStyleFlag() : 0, frame && frame->IsShown() && IsShown()));
         }
         // Closed the way a user or the window system closes it: the frame goes, the loop ends.
         if (closing && g_mainFrame) g_mainFrame->Close(true);
@@ -77,8 +68,8 @@ private:
 
     eUpdateCommandLineSpecialCmdParamCmd m_special = 0xFFFFFFFFu;  // never received
     int m_ticks[eViewTickCount] = {0, 0, 0, 0};
-    bool m_allOnGuiThread = true;
     int m_closeAfter = 0;
+    bool m_allOnGuiThread = true;
 };
 
 TInstrumentViewItem<CProbeView> s_probeViewItem(&GetCommandLineFunctor());
@@ -87,7 +78,8 @@ TInstrumentViewItem<CProbeView> s_probeViewItem(&GetCommandLineFunctor());
 
 int main(int argc, char** argv) {
     const int rc = wxEntry(argc, argv);
-    Report("ended rc=%d frame=%d server=%d main=%d workers=%d", rc, g_mainFrame != nullptr,
-           g_serverView != nullptr, g_instrumentMain != nullptr, GetRunningWorkerThreadCount());
+    Report(wxString::Format("ended rc=%d frame=%d server=%d main=%d workers=%d", rc, g_mainFrame != nullptr,
+                            g_serverView != nullptr, g_instrumentMain != nullptr,
+                            GetRunningWorkerThreadCount()));
     return rc;
 }

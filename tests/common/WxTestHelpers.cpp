@@ -8,8 +8,7 @@ namespace vtxtest {
 
 bool WaitFor(const std::function<bool()>& done, int timeoutMs) {
     wxStopWatch watch;
-    for (;;) {
-        if (done()) return true;
+    while (!done()) {
         if (watch.Time() > timeoutMs) return done();
         if (wxTheApp) {
             wxTheApp->ProcessPendingEvents();
@@ -17,17 +16,9 @@ bool WaitFor(const std::function<bool()>& done, int timeoutMs) {
         }
         wxMilliSleep(2);
     }
+    return true;
 }
 
-void Pump(int ms) {
-    wxStopWatch watch;
-    while (watch.Time() < ms) {
-        if (wxTheApp) {
-            wxTheApp->ProcessPendingEvents();
-            wxTheApp->Yield(true);
-        }
-        wxMilliSleep(2);
-    }
-}
+void Pump(int ms) { WaitFor([] { return false; }, ms); }
 
 }  // namespace vtxtest

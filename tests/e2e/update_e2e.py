@@ -1,17 +1,12 @@
 #!/usr/bin/env python3
-"""End-to-end scenarios of the update program.
+"""End-to-end scenarios: the delivered program in the instrument sandbox on a private Xvfb display,
+checked for what a service engineer would look at once the update has come to an end.
 
-Each scenario lays out a simulated instrument and USB stick, runs the real program inside the
-instrument sandbox on a private Xvfb display until the update has come to an end, and then checks
-what a service engineer would look at: the final status text, the lines appended to the log file,
-the files on the instrument and on the stick, the privileged commands and whether a reboot was
-asked for.
-
-    update_e2e.py --program build/update --list
-    update_e2e.py --program build/update SCENARIO [SCENARIO...]
+    update_e2e.py --list | --program build/update [--keep] [SCENARIO...]
 """
 
 import argparse
+import hashlib
 import io
 import os
 import re
@@ -20,33 +15,48 @@ import subprocess
 import sys
 import tarfile
 import tempfile
+from pathlib import Path
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 REPO = os.path.dirname(os.path.dirname(HERE))
-SANDBOX = os.path.join(REPO, "tools", "instrument-sandbox")
-WITH_XVFB = os.path.join(REPO, "tools", "with-xvfb")
-SESSION = os.path.join(REPO, "tools", "run-update-session")
+SANDBOX, WITH_XVFB, SESSION = (os.path.join(REPO, "tools", t) for t in
+                               ("instrument-sandbox", "with-xvfb", "run-update-session"))
 
 US_PREFIX = r"\d\d/\d\d/\d{4} \d\d:\d\d [AP]M"
 EU_PREFIX = r"\d\d/\d\d/\d{4} \d\d:\d\d"
-OLD_LOG = b"instrument log\r\n"
-BACKUP = "/home/vtx/Code/Old/Application_05032019_1412"
+LOG = "/home/vtx/Code/instrument.log"
+APPLICATION = "/home/vtx/Code/Application"
+BACKUP = "/home/vtx/Code/Old/Application_05032019_1412"  # from the layout's time stamp, in local time
+RUNTIME_LINK = "/mnt/root-ro/usr/lib/i386-linux-gnu/libstdc++.so.6"
+PARTIAL = ".vtx-partial-copy"
+COPY_FOLDERS = ("/home/vtx/Code/", "/home/vtx/Code/Old/", "/home/vtx/", "/media/usb/")
 SUCCESS = "Upgrade successful...\nRestarting application"
 OS_COMMANDS = [
     "mount -o remount,rw /mnt/root-ro",
     "cp /media/usb/update/libstdc++.so.6.0.22 /mnt/root-ro/usr/lib/i386-linux-gnu/libstdc++.so.6.0.22",
     "ln -sf /usr/lib/i386-linux-gnu/libstdc++.so.6.0.22 /mnt/root-ro/usr/lib/i386-linux-gnu/libstdc++.so.6",
 ]
-SYSTEMS_CHECK = ["*** Performing systems check ***", "version read done"]
+# Log lines; "P " stands for the date prefix (the blank after it is the log text's own).
+SYSTEMS_CHECK = ["P no zip file on USB", "*** Performing systems check ***", "version read done"]
 CURRENT = SYSTEMS_CHECK + ["version is correct, starting normal upgrade procedure"]
-OS_UPDATE_OK = SYSTEMS_CHECK + [
-    "version incorrect - updating OS",
-    "prerequisites exists on USB",
-    "prerequisites exists on disk",
-    "remounted OS",
-    "copied prerequisites to OS",
-    "link changed",
-]
+OS_UPDATE = SYSTEMS_CHECK + ["version incorrect - updating OS", "prerequisites exists on USB",
+                             "prerequisites exists on disk"]
+BACKED = ["P Old version backed up to " + BACKUP]
+INSTALL = BACKED + ["P New version copied"]
+DONE_LOG = CURRENT + INSTALL + ["P Application started"]
+FONT_HEAD = CURRENT + INSTALL + ["P Copying /media/usb/jfonts.tgz to /home/vtx"]
+
+# What a service engineer finds, as state() tells it; every copy is "none", "complete" (as its
+# source), "unchanged" (as before the run) or "partial".
+FRESH = dict(application="old", backup="none", zip="none", fonts="none", stick_log="none", new_folder="present",
+             runtime="old", partial_copy="none")
+BACKED_UP = dict(FRESH, backup="complete")
+INSTALLED = dict(BACKED_UP, application="new", new_folder="removed")
+DONE = dict(INSTALLED, stick_log="complete")
+# The files behind each part of the state: they may change when it is not as before.
+STATE_FILES = {"application": [APPLICATION], "backup": ["/home/vtx/Code/Old/"], "zip": ["/home/vtx/Code/zip"],
+               "fonts": ["/home/vtx/jfonts.tgz", "/home/vtx/jfonts/"], "stick_log": ["/media/usb/instrument.log"],
+               "new_folder": ["/home/vtx/Code/NEW/"], "runtime": ["/mnt/root-ro/"]}
 
 
 class Failure(Exception):
@@ -59,13 +69,12 @@ def check(condition, message):
 
 
 class Run:
-    """A sandbox root before and after one run of the program."""
+    """A sandbox root, addressed by the instrument's paths."""
 
     def __init__(self, root):
         self.root = root
 
     def path(self, instrument_path):
-        """The file behind an instrument path, in the sandbox root."""
         for prefix, sub in (("/home/", "home/"), ("/media/", "media/"), ("/opt/", "opt/"),
                             ("/mnt/root-ro/", "rootro/"), ("/usr/lib/", "usr-lib/")):
             if instrument_path.startswith(prefix):
@@ -73,124 +82,184 @@ class Run:
         raise ValueError(instrument_path)
 
     def read(self, instrument_path):
-        with open(self.path(instrument_path), "rb") as f:
-            return f.read()
+        return Path(self.path(instrument_path)).read_bytes()
 
     def write(self, instrument_path, data, mode=0o644):
-        p = self.path(instrument_path)
-        os.makedirs(os.path.dirname(p), exist_ok=True)
-        with open(p, "wb") as f:
-            f.write(data if isinstance(data, bytes) else data.encode())
-        os.chmod(p, mode)
+        p = Path(self.path(instrument_path))
+        p.parent.mkdir(parents=True, exist_ok=True)
+        p.write_bytes(data if isinstance(data, bytes) else data.encode())
+        p.chmod(mode)
 
-    def exists(self, instrument_path):
-        return os.path.lexists(self.path(instrument_path))
-
-    def remove(self, instrument_path):
-        p = self.path(instrument_path)
-        if os.path.isdir(p) and not os.path.islink(p):
-            shutil.rmtree(p)
-        else:
-            os.remove(p)
-
-    def record(self, name):
-        p = os.path.join(self.root, "record", name)
-        if not os.path.exists(p):
-            return ""
-        with open(p, encoding="utf-8", errors="replace") as f:
-            return f.read()
+    def record(self, name, text=None):
+        """A file of ROOT/record; with text, written first (faults for the stand-in privileged tool)."""
+        p = Path(self.root, "record", name)
+        if text is not None:
+            p.write_text(text)
+        return p.read_text(encoding="utf-8", errors="replace") if p.exists() else ""
 
     def privileged(self):
         return self.record("privileged.log").splitlines()
 
     def statuses(self):
-        out = []
-        for line in self.record("stderr.log").splitlines():
-            m = re.search(r"Event \[Update\] Status: (.*)$", line)
-            if m:
-                out.append(m.group(1).replace("\\n", "\n").replace("\\r", "\r"))
-        return out
+        return [s.replace("\\n", "\n").replace("\\r", "\r")
+                for s in re.findall(r"Event \[Update\] Status: (.*)$", self.record("stderr.log"), re.M)]
 
     def session(self):
         return self.record("session").split()
 
+    def files(self):
+        """Every file and link on the instrument and the stick: its digest or its target."""
+        files = {}
+        for area in ("/home/vtx/", "/media/usb/", "/mnt/root-ro/", "/usr/lib/i386-linux-gnu/", "/opt/"):
+            base = self.path(area)
+            for folder, dirs, names in os.walk(base):
+                for n in names + [d for d in dirs if os.path.islink(os.path.join(folder, d))]:
+                    p = os.path.join(folder, n)
+                    if os.path.islink(p):
+                        files[area + os.path.relpath(p, base)] = "-> " + os.readlink(p)
+                    else:
+                        with open(p, "rb") as f:
+                            files[area + os.path.relpath(p, base)] = hashlib.file_digest(f, "sha256").hexdigest()
+        return files
 
-def font_package(with_folder=True):
-    buf = io.BytesIO()
-    with tarfile.open(fileobj=buf, mode="w:gz") as tar:
-        data = b"stand-in font\n"
-        name = "jfonts/ipag.ttf" if with_folder else "ipag.ttf"
-        info = tarfile.TarInfo(name)
-        info.size = len(data)
-        tar.addfile(info, io.BytesIO(data))
-    return buf.getvalue()
+
+def state(run):
+    before, now = run.before, run.files()
+
+    def copy(path, source):
+        return ("none" if path not in now else "complete" if now[path] == source
+                else "unchanged" if now[path] == before.get(path) else "partial")
+    builds = {before.get("/home/vtx/Code/NEW/Application"): "new", "absent": "none",
+              before.get("/home/vtx/Code/NEW/Application_Chinese"): "chinese", before.get(APPLICATION): "old"}
+    return {
+        "application": builds.get(now.get(APPLICATION, "absent"), "partial"),
+        "backup": copy(BACKUP, before.get(APPLICATION)),
+        "zip": copy("/home/vtx/Code/zip", before.get("/media/usb/update/zip")),
+        "fonts": "unpacked" if any(p.startswith("/home/vtx/jfonts/") for p in now)
+        else copy("/home/vtx/jfonts.tgz", before.get("/media/usb/jfonts.tgz")),
+        "stick_log": copy("/media/usb/instrument.log", now.get(LOG)),
+        "new_folder": "present" if os.path.isdir(run.path("/home/vtx/Code/NEW")) else "removed",
+        "runtime": "replaced" if now.get(RUNTIME_LINK) != before.get(RUNTIME_LINK) else "old",
+        "partial_copy": " ".join(f + PARTIAL for f in COPY_FOLDERS if f + PARTIAL in now) or "none",
+    }
+
+
+def files_as(run, expected, also=()):
+    """The state is as expected and no file changed but the ones it names, the log and `also`
+    (a trailing "/" stands for a whole folder)."""
+    got = state(run)
+    check(got == expected, "state %s, expected %s" % tuple({k: s[k] for k in got if got[k] != expected[k]}
+                                                            for s in (got, expected)))
+    allowed = {p for key, paths in STATE_FILES.items() if expected[key] not in ("old", "none", "unchanged", "present")
+               for p in paths} | set(expected["partial_copy"].split()) | {LOG} | set(also)
+    now = run.files()
+    for path in set(run.before) | set(now):
+        check(run.before.get(path) == now.get(path) or path in allowed
+              or any(a.endswith("/") and path.startswith(a) for a in allowed),
+              "%s changed (%s -> %s)" % (path, run.before.get(path, "absent"), now.get(path, "absent")))
+
+
+def appended_lines(run, path=LOG, before=None):
+    """The lines the program appended to a log that keeps its old content byte for byte."""
+    before = run.log_before if before is None else before
+    after = run.read(path)
+    check(after.startswith(before), "%s was not only appended to" % path)
+    lines = after[len(before):].split(b"\r\n")
+    check(lines[-1] == b"" and not any(b"\n" in x or b"\r" in x for x in lines), "a bare line end in %s" % path)
+    return [x.decode() for x in lines[:-1]]
+
+
+def matches(lines, expected, prefix=US_PREFIX):
+    return len(lines) == len(expected) and all(
+        re.fullmatch(prefix + re.escape(want[1:]) if want.startswith("P ") else re.escape(want), got)
+        for got, want in zip(lines, expected))
+
+
+def log_is(run, expected, prefix=US_PREFIX, **where):
+    lines = appended_lines(run, **where)
+    check(matches(lines, expected, prefix), "log lines:\n%s\nexpected:\n%s" % ("\n".join(lines), "\n".join(expected)))
+
+
+def bar_is(run, fill, shot="screen.png"):
+    """The bar's fill colour near both ends of its inside, on the 1024 x 768 test display."""
+    pixels = [subprocess.run(["convert", os.path.join(run.root, "record", shot), "-crop", "1x1+%d+365" % x, "-depth",
+                              "8", "txt:-"], stdout=subprocess.PIPE, text=True).stdout for x in (140, 880)]
+    check(all("srgb" in p for p in pixels) and [" #3A8ACE " in p for p in pixels] == [fill == "full"] * 2,
+          "the progress bar in %s is not %s: %s" % (shot, fill, pixels))
+
+
+def outcome(status, log, expected, privileged=None, also=(), ending=None, first="Copying files...",
+            prefix=US_PREFIX, more=None):
+    """A run that came to an end: its statuses, log lines (None: not looked at), state and files,
+    privileged commands and ending: "rebooted", "failed" (with a full bar) or "stuck" (the reboot
+    command returned)."""
+    ending = ending or ("rebooted" if status == SUCCESS else "failed")
+
+    def expect(run):
+        if more:
+            more(run)
+        statuses = run.statuses()
+        check(statuses[0] == first and statuses[-1] == status, "statuses %r, expected %r ... %r"
+              % (statuses, first, status))
+        if log is not None:
+            log_is(run, log, prefix)
+        files_as(run, expected, also)
+        rebooted = os.path.exists(os.path.join(run.root, "record", "reboot"))
+        check(rebooted == (ending == "rebooted"), "the reboot was%s asked for" % ("" if rebooted else " not"))
+        # The session tells a reboot by the stand-in's mark, which races with the console's line
+        # of the returned reboot command: only the other endings are read from it.
+        check(ending == "rebooted" or run.session()[0] == ending, "session %s, expected %s" % (run.session(), ending))
+        if ending == "failed":
+            bar_is(run, "full")
+        want = privileged if privileged is not None else ["reboot"] if rebooted else []
+        check(run.privileged() == want, "privileged commands %r, expected %r" % (run.privileged(), want))
+    return expect
 
 
 class Scenario:
-    def __init__(self, name, doc, layout=(), sandbox=(), args=(), setup=None, inside=None,
-                 path_stubs=None, expect=None, killed=False, group="update"):
-        self.name, self.doc, self.killed, self.group = name, doc, killed, group
+    def __init__(self, name, doc, layout=(), sandbox=(), args=(), setup=None, inside=None, path_stubs=None,
+                 expect=None, killed=False):
+        self.name, self.doc, self.setup, self.inside, self.path_stubs = name, doc, setup, inside, path_stubs
         self.layout, self.sandbox, self.args = list(layout), list(sandbox), list(args)
-        self.setup, self.inside, self.path_stubs, self.expect = setup, inside, path_stubs, expect
+        self.expect, self.killed = expect, killed
 
 
 SCENARIOS = {}
-# Scenario files other than this one set their group before they register.
-GROUP = ["update"]
 
 
-def scenario(name, doc, **kw):
-    def register(expect):
-        SCENARIOS[name] = Scenario(name, doc, expect=expect, group=GROUP[0], **kw)
-        return expect
-    return register
-
-
-# The runtime link in the instrument's read-only root image, which the operating-system update
-# changes.
-ROOT_RO_RUNTIME_LINK = "/mnt/root-ro/usr/lib/i386-linux-gnu/libstdc++.so.6"
+def add(name, doc, expect, **kw):
+    SCENARIOS[name] = Scenario(name, doc, expect=expect, **kw)
 
 
 def prepare(sc, root, extra_setup=None):
-    """Lays out the sandbox root of a scenario; returns the Run."""
+    """Lays out the sandbox root of a scenario; returns the Run, with the files as they were."""
     subprocess.run([SANDBOX, "--root", root, "--init"] + sc.layout, check=True)
     run = Run(root)
-    if sc.setup:
-        sc.setup(run)
-    if extra_setup:
-        extra_setup(run)
-    run.log_before = run.read("/home/vtx/Code/instrument.log") if run.exists(
-        "/home/vtx/Code/instrument.log") else None
-    run.application_before = run.read("/home/vtx/Code/Application") if run.exists(
-        "/home/vtx/Code/Application") else None
-    link = run.path(ROOT_RO_RUNTIME_LINK)
-    run.runtime_link_before = os.readlink(link) if os.path.islink(link) else None
+    for setup in filter(None, (sc.setup, extra_setup)):
+        setup(run)
+    run.log_before = run.read(LOG) if os.path.isfile(run.path(LOG)) else None
+    run.before = run.files()
     return run
 
 
 def execute(sc, run, program, use_display=False, extra_args=()):
     """Runs the program on the prepared root; returns the sandbox's console output."""
-    root = run.root
-    env = dict(os.environ)
-    env["HOME"] = "/home/vtx"  # the instrument's user
-    cmd = [SANDBOX, "--root", root] + sc.sandbox
-    if sc.inside:
-        script = os.path.join(root, "inside-setup.sh")
-        with open(script, "w") as f:
-            f.write(sc.inside)
-        cmd += ["--inside-setup", script]
-    if sc.path_stubs:
-        stubs = os.path.join(root, "stubs")
-        os.makedirs(stubs, exist_ok=True)
-        for tool, body in sc.path_stubs.items():
-            with open(os.path.join(stubs, tool), "w") as f:
-                f.write("#!/bin/sh\n" + body)
-            os.chmod(os.path.join(stubs, tool), 0o755)
-        env["PATH"] = stubs + ":" + env.get("PATH", "/usr/bin:/bin")
+    env = dict(os.environ, HOME="/home/vtx")  # the instrument's user
     env.setdefault("VTX_SESSION_TIMEOUT", "90")
-    display = [] if use_display else [WITH_XVFB]
-    cmd += ["--"] + display + [SESSION, os.path.abspath(program)] + sc.args + list(extra_args)
-    proc = subprocess.run(cmd, env=env, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    env["PATH"] = os.path.join(run.root, "stubs") + ":" + env.get("PATH", "/usr/bin:/bin")
+
+    def script(name, text):
+        path = Path(run.root, name)
+        path.parent.mkdir(exist_ok=True)
+        path.write_text(text)
+        path.chmod(0o755)
+        return str(path)
+    for tool, body in (sc.path_stubs or {}).items():
+        script("stubs/" + tool, "#!/bin/sh\n" + body)
+    cmd = [SANDBOX, "--root", run.root] + sc.sandbox
+    cmd += ["--inside-setup", script("inside-setup.sh", sc.inside)] if sc.inside else []
+    cmd += ["--"] + ([] if use_display else [WITH_XVFB]) + [SESSION, os.path.abspath(program)] + sc.args
+    proc = subprocess.run(cmd + list(extra_args), env=env, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
     return proc.stdout.decode(errors="replace")
 
 
@@ -201,517 +270,149 @@ def run_scenario(sc, program, keep=False):
         output = execute(sc, run, program)
         try:
             session = run.session()
-            check(session and not session[0].startswith("timeout"),
-                  "the program did not come to an end: %s" % (session or "no session record"))
-            if sc.killed:
-                check(session[0] == "exited", "the program was not killed: %s" % session)
-            else:
-                # Stopped with SIGTERM as the instrument's shutdown does: its default action ends it.
-                check(session[-1] == "143", "the program did not end at SIGTERM: %s" % session)
-            check("ERROR: AddressSanitizer" not in run.record("stderr.log")
-                  and "ERROR: LeakSanitizer" not in run.record("stderr.log")
-                  and "runtime error:" not in run.record("stderr.log")
-                  and "WARNING: ThreadSanitizer" not in run.record("stderr.log"),
-                  "a sanitizer reported an error")
+            check(session and not session[0].startswith("timeout"), "the program did not come to an end: %s" % session)
+            # Killed by a power cut, or else stopped with SIGTERM as the instrument's shutdown does,
+            # whose default action ends it.
+            check(session[0] == "exited" if sc.killed else session[-1] == "143", "session %s" % session)
+            check(not re.search(r"ERROR: (Address|Leak)Sanitizer|runtime error:|WARNING: ThreadSanitizer",
+                                run.record("stderr.log")), "a sanitizer reported an error")
             check(run.statuses(), "no status text was shown")
             sc.expect(run)
         except Failure:
-            sys.stderr.write(output)
-            sys.stderr.write("--- program console ---\n" + run.record("stderr.log"))
+            sys.stderr.write(output + "--- program console ---\n" + run.record("stderr.log"))
             raise
-        return run
     finally:
-        if keep:
-            print("kept sandbox root %s" % root)
-        else:
-            shutil.rmtree(root, ignore_errors=True)
-
-
-# ---- expectations shared by the scenarios
-
-
-def first_status(run, text="Copying files..."):
-    statuses = run.statuses()
-    check(statuses[0] == text, "first status %r, expected %r" % (statuses[0], text))
-
-
-def final_status(run, text):
-    first_status(run)
-    statuses = run.statuses()
-    check(statuses and statuses[-1] == text, "final status %r, expected %r" % (statuses[-1:], text))
-
-
-def appended_lines(run):
-    """The lines the program appended to the log; the old content must be kept byte for byte."""
-    after = run.read("/home/vtx/Code/instrument.log")
-    check(after.startswith(run.log_before), "the log file was not only appended to")
-    added = after[len(run.log_before):]
-    check(added == b"" or added.endswith(b"\r\n"), "the appended log does not end with CR LF")
-    lines = added.split(b"\r\n")[:-1] if added else []
-    for line in lines:
-        check(b"\n" not in line and b"\r" not in line, "a bare line end in the log: %r" % line)
-    return [line.decode() for line in lines]
-
-
-def log_is(run, expected, prefix=US_PREFIX):
-    """expected: lines; 'P <text>' is the date prefix followed by ' <text>' (the blank is the
-    log text's own)."""
-    lines = appended_lines(run)
-    check(len(lines) == len(expected), "log lines:\n%s\nexpected:\n%s" % ("\n".join(lines), "\n".join(expected)))
-    for got, want in zip(lines, expected):
-        if want.startswith("P "):
-            check(re.fullmatch(prefix + re.escape(want[1:]), got) is not None,
-                  "log line %r, expected prefix + %r" % (got, want[1:]))
-        else:
-            check(got == want, "log line %r, expected %r" % (got, want))
-
-
-def rebooted(run, yes=True):
-    asked = os.path.exists(os.path.join(run.root, "record", "reboot"))
-    check(asked == yes, "reboot %s asked for" % ("was not" if yes else "was"))
-
-
-def privileged_is(run, expected):
-    check(run.privileged() == expected, "privileged commands %r, expected %r" % (run.privileged(), expected))
-
-
-def old_build_intact(run):
-    check(run.read("/home/vtx/Code/Application") == run.application_before, "the old build was changed")
-
-
-def backup_made(run, yes=True):
-    if yes:
-        check(run.exists(BACKUP) and run.read(BACKUP) == run.application_before, "no backup of the old build")
-    else:
-        check(not run.exists("/home/vtx/Code/Old"), "a backup folder was made")
-
-
-def new_build_removed(run, yes=True):
-    check(run.exists("/home/vtx/Code/NEW") != yes, "the new-build folder %s" % ("is still there" if yes else "was removed"))
-
-
-def log_on_stick(run):
-    check(run.exists("/media/usb/instrument.log"), "the log was not copied to the stick")
-    check(run.read("/media/usb/instrument.log") == run.read("/home/vtx/Code/instrument.log"),
-          "the log on the stick differs from the instrument's")
-
-
-def nothing_on_stick(run, names=("instrument.log",)):
-    for n in names:
-        check(not run.exists("/media/usb/" + n), "%s was copied to the stick" % n)
-
-
-def keep_new_build(run):
-    run.new_build = run.read("/home/vtx/Code/NEW/Application")
-    run.new_build_chinese = run.read("/home/vtx/Code/NEW/Application_Chinese")
-
-
-# ---- happy paths
-
-
-def _happy_common(run):
-    final_status(run, SUCCESS)
-    rebooted(run)
-    privileged_is(run, ["reboot"])
-    backup_made(run)
-    new_build_removed(run)
-    log_on_stick(run)
-
-
-@scenario("happy_path", "no auxiliary file, no font package, current runtime link",
-          setup=keep_new_build)
-def _(run):
-    _happy_common(run)
-    check(run.read("/home/vtx/Code/Application") == run.new_build, "the new build is not installed")
-    log_is(run, ["P no zip file on USB"] + CURRENT + ["P Old version backed up to " + BACKUP,
-                                                      "P New version copied", "P Application started"])
-    check(not run.exists("/home/vtx/Code/zip") and not run.exists("/home/vtx/jfonts"), "unexpected files")
-
-
-def _with_extras(run):
-    keep_new_build(run)
-    run.write("/media/usb/update/zip", b"auxiliary data\n")
-    run.write("/media/usb/jfonts.tgz", font_package())
-
-
-@scenario("happy_path_extras", "auxiliary file and font package on the stick", setup=_with_extras)
-def _(run):
-    _happy_common(run)
-    check(run.read("/home/vtx/Code/Application") == run.new_build, "the new build is not installed")
-    check(run.read("/home/vtx/Code/zip") == b"auxiliary data\n", "the auxiliary file was not copied")
-    check(run.exists("/home/vtx/jfonts.tgz") and run.exists("/home/vtx/jfonts/ipag.ttf"), "fonts not installed")
-    log_is(run, ["P auxillary files copied"] + CURRENT + [
-        "P Old version backed up to " + BACKUP, "P New version copied",
-        "P Copying /media/usb/jfonts.tgz to /home/vtx", "P Application started"])
-
-
-def _extras_installed_before(run):
-    _with_extras(run)
-    run.write("/home/vtx/Code/zip", b"older auxiliary data\n")
-    run.write("/home/vtx/jfonts.tgz", b"installed before")
-
-
-@scenario("extras_installed_before", "auxiliary file and font package already on the instrument",
-          setup=_extras_installed_before)
-def _(run):
-    _happy_common(run)
-    check(run.read("/home/vtx/Code/zip") == b"older auxiliary data\n", "the auxiliary file was overwritten")
-    check(not run.exists("/home/vtx/jfonts"), "the font package was unpacked again")
-    log_is(run, ["P zip already copied"] + CURRENT + [
-        "P Old version backed up to " + BACKUP, "P New version copied", "P Application started"])
-
-
-def _day_first(run):
-    keep_new_build(run)
-    run.write("/home/vtx/Code/settings.vtx", "Language = EN\r\nDateFormat = EU\r\n")
-
-
-@scenario("day_first_prefix", "the log prefix follows the date-format setting", setup=_day_first)
-def _(run):
-    final_status(run, SUCCESS)
-    log_is(run, ["P no zip file on USB"] + CURRENT + ["P Old version backed up to " + BACKUP,
-                                                      "P New version copied", "P Application started"],
-           prefix=EU_PREFIX)
-
-
-def _german(run):
-    keep_new_build(run)
-    run.write("/home/vtx/Code/settings.vtx", "Language = DE\r\nDateFormat = EU\r\n")
-    run.remove("/home/vtx/Code/instrument.log")
-
-
-@scenario("german_failure_text", "status texts follow the language setting", setup=_german)
-def _(run):
-    statuses = run.statuses()
-    check(statuses[0] == "Kopiere Daten...", "first status not in German: %r" % statuses[0])
-    check(statuses[-1].endswith("... (08)/home/vtx/Code/") and not statuses[-1].startswith("Disk error"),
-          "failure status not in German: %r" % statuses[-1])
-    rebooted(run, False)
-
-
-def _special(run):
-    keep_new_build(run)
-    run.remove("/home/vtx/Code/instrument.log")
-    run.write("/media/usb/update/zip", b"auxiliary data\n")
-    run.write("/media/usb/jfonts.tgz", font_package())
-
-
-@scenario("special_command_1", "the reduced update: no log, no auxiliary file, no fonts",
-          setup=_special, args=["1", "1"])
-def _(run):
-    final_status(run, SUCCESS)
-    rebooted(run)
-    backup_made(run)
-    new_build_removed(run)
-    check(run.read("/home/vtx/Code/Application") == run.new_build, "the new build is not installed")
-    check(not run.exists("/home/vtx/Code/zip") and not run.exists("/home/vtx/jfonts.tgz"),
-          "the reduced update copied extras")
-    check(sorted(os.listdir(run.path("/media/usb/"))) == ["jfonts.tgz", "update"], "files written to the stick")
-
-
-@scenario("special_command_1_single_argument", "'1 1' as one argument is the same command",
-          setup=_special, args=["1 1"])
-def _(run):
-    final_status(run, SUCCESS)
-    check(not run.exists("/home/vtx/Code/zip"), "the reduced update copied the auxiliary file")
-
-
-@scenario("chinese_variant", "with /opt/librime/ the Chinese build is installed", layout=["--chinese"],
-          setup=keep_new_build)
-def _(run):
-    _happy_common(run)
-    check(run.read("/home/vtx/Code/Application") == run.new_build_chinese, "the Chinese build is not installed")
-
-
-def _os_update(run):
-    keep_new_build(run)
-    run.write("/media/usb/update/libstdc++.so.6.0.22", b"runtime library 6.0.22 from the stick\n")
-
-
-def _expect_os_update(run):
-    final_status(run, SUCCESS)
-    statuses = run.statuses()
-    check("Disk error... (17)" in statuses, "code 17 was not shown during the OS update")
-    privileged_is(run, OS_COMMANDS + ["reboot"])
-    check(os.readlink(run.path("/mnt/root-ro/usr/lib/i386-linux-gnu/libstdc++.so.6")) ==
-          "/usr/lib/i386-linux-gnu/libstdc++.so.6.0.22", "the link in the root image was not changed")
-    check(run.read("/mnt/root-ro/usr/lib/i386-linux-gnu/libstdc++.so.6.0.22") ==
-          b"runtime library 6.0.22 from the stick\n", "the runtime was not copied into the root image")
-    log_is(run, ["P no zip file on USB"] + OS_UPDATE_OK + [
-        "P Old version backed up to " + BACKUP, "P New version copied", "P Application started"])
-
-
-@scenario("relative_link", "a relative runtime link is wrong: the OS is updated", layout=["--link", "relative"],
-          setup=_os_update)
-def _(run):
-    _expect_os_update(run)
-
-
-def _os_update_screenshot(run):
-    _os_update(run)
-    with open(os.path.join(run.root, "record", "privileged.screenshot"), "w") as f:
-        f.write(OS_COMMANDS[0] + "\n")
-
-
-@scenario("wrong_link", "a link to another runtime: the OS is updated; the bar stays empty until the end",
-          layout=["--link", "wrong"], setup=_os_update_screenshot)
-def _(run):
-    _expect_os_update(run)
-    bar_is(run, "empty", "screen-during.png")
-    bar_is(run, "full")
-
-
-# ---- failures: each leaves the program on its screen, with a full bar, and reboots nothing
-
-
-# Near the left and the right end of the progress bar's inside on the 1024 x 768 test display,
-# and the bar's fill colour there.
-BAR_ENDS = ((140, 365), (880, 365))
-BAR_FILL = (58, 138, 206)
-
-
-def bar_is(run, state, shot="screen.png"):
-    """The screenshot shows the progress bar "empty" or "full"."""
-    path = os.path.join(run.root, "record", shot)
-    check(os.path.exists(path), "no screenshot %s" % shot)
-    filled = []
-    for x, y in BAR_ENDS:
-        out = subprocess.run(["convert", path, "-crop", "1x1+%d+%d" % (x, y), "-depth", "8", "txt:-"],
-                             stdout=subprocess.PIPE).stdout.decode()
-        m = re.search(r"\((\d+),(\d+),(\d+)", out.splitlines()[-1] if out else "")
-        check(m is not None, "cannot read %s: %r" % (shot, out))
-        filled.append(tuple(int(v) for v in m.groups()) == BAR_FILL)
-    check(filled == [state == "full"] * 2, "the progress bar in %s is not %s: %s" % (shot, state, filled))
-
-
-def failed(run, status, log=None, old_intact=True, prefix=US_PREFIX):
-    final_status(run, status)
-    bar_is(run, "full")
-    rebooted(run, False)
-    check(run.session()[0] == "failed", "the procedure did not end as failed: %s" % run.session())
-    if old_intact:
-        old_build_intact(run)
-    if log is not None:
-        log_is(run, log, prefix)
-
-
-def _no_application(run):
-    run.remove("/home/vtx/Code/Application")
-    run.application_before = None
-
-
-@scenario("code_01", "no application to back up", setup=_no_application)
-def _(run):
-    failed(run, "Disk error... (01)", ["P no zip file on USB"] + CURRENT, old_intact=False)
-    check(run.exists("/home/vtx/Code/NEW/Application"), "the new build was touched")
-
-
-@scenario("code_03", "the backup folder cannot be created (no inode left on the disk)", setup=keep_new_build,
-          inside="small_disk /home/vtx/Code 64m no-inodes\n")
-def _(run):
-    failed(run, "Disk error... (03)", ["P no zip file on USB"] + CURRENT)
-    check(not run.exists("/home/vtx/Code/Old"), "a backup folder was made")
-
-
-def _old_is_file(run):
-    run.write("/home/vtx/Code/Old", b"not a folder")
-
-
-@scenario("code_04", "a file in the backup folder's place: the backup copy fails", setup=_old_is_file)
-def _(run):
-    failed(run, "Disk error... (04)", ["P no zip file on USB"] + CURRENT)
-    check(run.read("/home/vtx/Code/Old") == b"not a folder", "the file in the folder's place was changed")
-    new_build_removed(run, False)
-
-
-def _new_build_is_folder(run):
-    run.remove("/home/vtx/Code/NEW/Application")
-    os.makedirs(run.path("/home/vtx/Code/NEW/Application"))
-
-
-@scenario("code_06", "the new build cannot be copied", setup=_new_build_is_folder)
-def _(run):
-    failed(run, "Disk error... (06)", ["P no zip file on USB"] + CURRENT + ["P Old version backed up to " + BACKUP])
-    backup_made(run)
-
-
-def _hidden_in_new_build(run):
-    keep_new_build(run)
-    run.write("/home/vtx/Code/NEW/.hidden", b"left by the build tool\n")
-
-
-@scenario("code_07", "the new-build folder holds a hidden file, which its removal does not match",
-          setup=_hidden_in_new_build)
-def _(run):
-    failed(run, "Disk error... (07)", ["P no zip file on USB"] + CURRENT + ["P Old version backed up to " + BACKUP],
-           old_intact=False)
-    check(run.read("/home/vtx/Code/Application") == run.new_build, "the new build is not installed")
-    left = os.listdir(run.path("/home/vtx/Code/NEW"))
-    check(left == [".hidden"], "NEW holds %r" % left)
-
-
-def _no_log(run):
-    run.remove("/home/vtx/Code/instrument.log")
-    run.write("/home/vtx/Code/logs/deeper.log", b"not directly in the code folder\r\n")
-
-
-@scenario("code_08", "no log file directly in the code folder", setup=_no_log)
-def _(run):
-    final_status(run, "Disk error... (08)/home/vtx/Code/")
-    rebooted(run, False)
-    old_build_intact(run)
-    backup_made(run, False)
-    check(run.read("/home/vtx/Code/logs/deeper.log") == b"not directly in the code folder\r\n", "log changed")
-
-
-def _dangling_log(run):
-    os.symlink("/nonexistent/folder/newest.log", run.path("/home/vtx/Code/newest.log"))
-
-
-@scenario("code_10", "the newest log file cannot be opened", setup=_dangling_log)
-def _(run):
-    final_status(run, "Disk error... (10)")
-    rebooted(run, False)
-    old_build_intact(run)
-    check(run.read("/home/vtx/Code/instrument.log") == OLD_LOG, "the older log was written")
-
-
-def _stick_log_blocked(run):
-    keep_new_build(run)
-    os.symlink("/nonexistent/folder/instrument.log", run.path("/media/usb/instrument.log"))
-
-
-@scenario("code_13", "the log cannot be copied to the stick", setup=_stick_log_blocked)
-def _(run):
-    failed(run, "Disk error... (13)", ["P no zip file on USB"] + CURRENT + [
-        "P Old version backed up to " + BACKUP, "P New version copied", "P Application started"], old_intact=False)
-    check(run.read("/home/vtx/Code/Application") == run.new_build, "the new build is not installed")
-
-
-@scenario("code_14", "Chinese build whose library check answers 0 (bash as /bin/sh)",
-          layout=["--chinese"], sandbox=["--sh", "bash"])
-def _(run):
-    failed(run, "Disk error... (14)", ["P no zip file on USB"] + CURRENT + ["P Old version backed up to " + BACKUP])
-    backup_made(run)
-    new_build_removed(run, False)
-
-
-@scenario("code_15", "library check answers 0 (bash as /bin/sh)", sandbox=["--sh", "bash"])
-def _(run):
-    failed(run, "Disk error... (15)", ["P no zip file on USB"] + CURRENT + ["P Old version backed up to " + BACKUP])
-    backup_made(run)
-    new_build_removed(run, False)
-
-
-@scenario("code_16", "the runtime link cannot be read", layout=["--link", "missing"])
-def _(run):
-    failed(run, "Disk error... (16)", ["P no zip file on USB", "*** Performing systems check ***",
-                                       "FAIL - cannot read link version", "Contact service!"])
-    backup_made(run, False)
-
-
-@scenario("code_18_no_runtime_on_stick", "wrong link and no replacement runtime on the stick",
-          layout=["--link", "wrong"])
-def _(run):
-    failed(run, "Disk error... (18)", ["P no zip file on USB"] + SYSTEMS_CHECK + [
-        "version incorrect - updating OS", "FAIL - no prerequisites on USB"])
-    privileged_is(run, [])
-    backup_made(run, False)
-
-
-def _mount_refused(run):
-    _os_update(run)
-    with open(os.path.join(run.root, "record", "privileged.fail"), "w") as f:
-        f.write("mount -o remount,rw /mnt/root-ro\n")
-
-
-@scenario("code_18_mount_refused", "the root image cannot be remounted", layout=["--link", "relative"],
-          setup=_mount_refused)
-def _(run):
-    failed(run, "Disk error... (18)", ["P no zip file on USB"] + SYSTEMS_CHECK + [
-        "version incorrect - updating OS", "prerequisites exists on USB", "prerequisites exists on disk",
-        "FAIL - cannot mount OS"])
-    privileged_is(run, OS_COMMANDS[:1])
-
-
-def _font_package_folder(run):
-    keep_new_build(run)
-    os.makedirs(run.path("/media/usb/jfonts.tgz"))
-
-
-FONT_LOG_HEAD = ["P no zip file on USB"] + CURRENT + ["P Old version backed up to " + BACKUP, "P New version copied",
-                                                      "P Copying /media/usb/jfonts.tgz to /home/vtx"]
-
-
-@scenario("font_copy_fails", "the font package cannot be copied", setup=_font_package_folder)
-def _(run):
-    failed(run, "Could not copy file(s): font package", FONT_LOG_HEAD + ["P could not copy font package"],
-           old_intact=False)
-
-
-def _font_without_folder(run):
-    keep_new_build(run)
-    run.write("/media/usb/jfonts.tgz", font_package(with_folder=False))
-
-
-@scenario("font_unpack_no_folder", "the font package holds no jfonts folder", setup=_font_without_folder)
-def _(run):
-    failed(run, "Could not copy file(s): font package unpack", FONT_LOG_HEAD + ["P could not unpack font package"],
-           old_intact=False)
-
-
-def _font_tar_prints(run):
-    keep_new_build(run)
-    run.write("/media/usb/jfonts.tgz", font_package())
-
-
-@scenario("font_unpack_error", "the unpacking prints a complaint", setup=_font_tar_prints,
-          path_stubs={"tar": "printf 'gzip: stdin: not in gzip format'\nexit 2\n"})
-def _(run):
-    failed(run, "Could not copy file(s): gzip: stdin: not in gzip format",
-           FONT_LOG_HEAD + ["P Unpack error : gzip: stdin: not in gzip format"], old_intact=False)
-
-
-def _aux_copy_fails(run):
-    os.makedirs(run.path("/media/usb/update/zip"))
-
-
-@scenario("auxiliary_copy_fails", "the auxiliary file cannot be copied", setup=_aux_copy_fails)
-def _(run):
-    failed(run, "Could not copy file(s): auxillary files", ["P could not copy auxillary files"])
+        print("kept sandbox root %s" % root) if keep else shutil.rmtree(root, ignore_errors=True)
+
+
+def put(path, data, mode=0o644):
+    return lambda run: run.write(path, data, mode)
+
+
+def gone(path):
+    return lambda run: os.remove(run.path(path))
+
+
+def both(*steps):
+    def setup(run):
+        for step in steps:
+            step(run)
+    return setup
+
+
+def package(*members):
+    """A gzipped tar of (name, data) members; a str for data makes a symbolic link to it."""
+    buf = io.BytesIO()
+    with tarfile.open(fileobj=buf, mode="w:gz", format=tarfile.GNU_FORMAT) as tar:
+        for name, data in members:
+            info, link = tarfile.TarInfo(name), isinstance(data, str)
+            info.type, info.linkname, info.size = (tarfile.SYMTYPE, data, 0) if link else (info.type, "", len(data))
+            tar.addfile(info, None if link else io.BytesIO(data))
+    return buf.getvalue()
+
+
+RUNTIME = b"runtime library 6.0.22 from the stick\n"
+FONTS = put("/media/usb/jfonts.tgz", package(("jfonts/ipag.ttf", b"stand-in font\n")))
+EXTRAS = both(put("/media/usb/update/zip", b"auxiliary data\n"), FONTS)
+EXTRAS_LOG = ["P auxillary files copied"] + DONE_LOG[1:-1] + ["P Copying /media/usb/jfonts.tgz to /home/vtx",
+                                                              "P Application started"]
+WITH_EXTRAS = dict(DONE, zip="complete", fonts="unpacked")
+
+add("happy_path", "no auxiliary file, no font package, current runtime link", outcome(SUCCESS, DONE_LOG, DONE))
+add("happy_path_extras", "auxiliary file and font package on the stick", outcome(SUCCESS, EXTRAS_LOG, WITH_EXTRAS),
+    setup=EXTRAS)
+add("extras_installed_before", "auxiliary file and font package already on the instrument: not copied again",
+    outcome(SUCCESS, ["P zip already copied"] + DONE_LOG[1:], dict(DONE, zip="unchanged", fonts="unchanged")),
+    setup=both(EXTRAS, put("/home/vtx/Code/zip", b"older auxiliary data\n"), put("/home/vtx/jfonts.tgz", b"before")))
+add("day_first_prefix", "the log prefix follows the date-format setting",
+    outcome(SUCCESS, DONE_LOG, DONE, prefix=EU_PREFIX),
+    setup=put("/home/vtx/Code/settings.vtx", "Language = EN\r\nDateFormat = EU\r\n"))
+add("german_failure_text", "status texts follow the language setting",
+    outcome("Datenträgerfehler... (08)/home/vtx/Code/", None, FRESH, first="Kopiere Daten..."),
+    setup=both(put("/home/vtx/Code/settings.vtx", "Language = DE\r\nDateFormat = EU\r\n"), gone(LOG)))
+add("special_command_1", "the reduced update: no log, no auxiliary file, no fonts",
+    outcome(SUCCESS, None, INSTALLED), setup=both(EXTRAS, gone(LOG)), args=["1", "1"])
+add("chinese_variant", "with /opt/librime/ the Chinese build is installed",
+    outcome(SUCCESS, DONE_LOG, dict(DONE, application="chinese")), layout=["--chinese"])
+
+
+def os_updated(run):
+    check("Disk error... (17)" in run.statuses(), "code 17 was not shown during the OS update")
+    check(os.readlink(run.path(RUNTIME_LINK)) == "/usr/lib/i386-linux-gnu/libstdc++.so.6.0.22"
+          and run.read(RUNTIME_LINK + ".0.22") == RUNTIME, "the runtime in the root image was not replaced")
+
+
+def os_update(*more):
+    return outcome(SUCCESS, OS_UPDATE + ["remounted OS", "copied prerequisites to OS", "link changed"] + INSTALL
+                   + ["P Application started"], dict(DONE, runtime="replaced"), OS_COMMANDS + ["reboot"],
+                   more=both(os_updated, *more))
+
+
+RUNTIME_ON_STICK = put("/media/usb/update/libstdc++.so.6.0.22", RUNTIME)
+add("relative_link", "a relative runtime link is wrong: the OS is updated", os_update(),
+    layout=["--link", "relative"], setup=RUNTIME_ON_STICK)
+add("wrong_link", "a link to another runtime: the OS is updated; the bar stays empty until the end",
+    os_update(lambda run: bar_is(run, "empty", "screen-during.png"), lambda run: bar_is(run, "full")),
+    layout=["--link", "wrong"],
+    setup=both(RUNTIME_ON_STICK, lambda run: run.record("privileged.screenshot", OS_COMMANDS[0] + "\n")))
+
+# ---- failures: each leaves the program on its screen with a full bar, and reboots nothing
+
+add("code_01", "no application to back up", outcome("Disk error... (01)", CURRENT, dict(FRESH, application="none")),
+    setup=gone(APPLICATION))
+add("code_03", "the backup folder cannot be created (no inode left on the disk)",
+    outcome("Disk error... (03)", CURRENT, FRESH,
+            more=lambda run: check(not os.path.isdir(run.path("/home/vtx/Code/Old")), "a backup folder was made")),
+    inside="small_disk /home/vtx/Code 64m no-inodes\n")
+add("code_04", "a file in the backup folder's place: the backup copy fails",
+    outcome("Disk error... (04)", CURRENT, FRESH), setup=put("/home/vtx/Code/Old", b"not a folder"))
+add("code_07", "the new-build folder holds a hidden file, which its removal does not match",
+    outcome("Disk error... (07)", CURRENT + BACKED, dict(BACKED_UP, application="new"), also=["/home/vtx/Code/NEW/"],
+            more=lambda run: check(os.listdir(run.path("/home/vtx/Code/NEW")) == [".hidden"], "NEW holds more")),
+    setup=put("/home/vtx/Code/NEW/.hidden", b"left by the build tool\n"))
+add("code_08", "no log file directly in the code folder", outcome("Disk error... (08)/home/vtx/Code/", None, FRESH),
+    setup=both(gone(LOG), put("/home/vtx/Code/logs/deeper.log", b"not directly in the code folder\r\n")))
+add("code_14", "Chinese build whose library check answers 0 (bash as /bin/sh)",
+    outcome("Disk error... (14)", CURRENT + BACKED, BACKED_UP), layout=["--chinese"], sandbox=["--sh", "bash"])
+add("code_15", "library check answers 0 (bash as /bin/sh)", outcome("Disk error... (15)", CURRENT + BACKED, BACKED_UP),
+    sandbox=["--sh", "bash"])
+add("code_16", "the runtime link cannot be read",
+    outcome("Disk error... (16)", SYSTEMS_CHECK[:2] + ["FAIL - cannot read link version", "Contact service!"], FRESH),
+    layout=["--link", "missing"])
+add("code_18_no_runtime_on_stick", "wrong link and no replacement runtime on the stick",
+    outcome("Disk error... (18)", OS_UPDATE[:4] + ["FAIL - no prerequisites on USB"], FRESH),
+    layout=["--link", "wrong"])
+add("code_18_mount_refused", "the root image cannot be remounted",
+    outcome("Disk error... (18)", OS_UPDATE + ["FAIL - cannot mount OS"], FRESH, OS_COMMANDS[:1]),
+    layout=["--link", "relative"],
+    setup=both(RUNTIME_ON_STICK, lambda run: run.record("privileged.fail", OS_COMMANDS[0] + "\n")))
+add("font_unpack_error", "the unpacking prints a complaint",
+    outcome("Could not copy file(s): gzip: stdin: not in gzip format",
+            FONT_HEAD + ["P Unpack error : gzip: stdin: not in gzip format"], dict(INSTALLED, fonts="complete")),
+    setup=FONTS, path_stubs={"tar": "printf 'gzip: stdin: not in gzip format'\nexit 2\n"})
 
 
 def load_all_groups():
-    """Registers the scenarios of the other scenario files; they import this module by name."""
+    """Registers the scenarios of the other scenario files, which import this module by name."""
     sys.modules.setdefault("update_e2e", sys.modules[__name__])
-    if HERE not in sys.path:
-        sys.path.insert(0, HERE)
+    sys.path.insert(0, HERE)
     import faults_e2e  # noqa: F401
     import powerloss_e2e  # noqa: F401
-    GROUP[0] = "update"
 
 
 def main():
     load_all_groups()
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--program")
+    parser.add_argument("--program", required="--list" not in sys.argv)
     parser.add_argument("--list", action="store_true")
-    parser.add_argument("--names", action="store_true", help="list the scenario names only (for the build)")
-    parser.add_argument("--group", help="only the scenarios of this group (update, faults, powerloss)")
     parser.add_argument("--keep", action="store_true", help="keep the sandbox roots")
     parser.add_argument("scenarios", nargs="*")
     a = parser.parse_args()
-    if a.list or a.names:
-        for name, sc in SCENARIOS.items():
-            if a.group and sc.group != a.group:
-                continue
-            print(name if a.names else "%-34s %s" % (name, sc.doc))
+    if a.list:
+        print("\n".join("%-34s %s" % (name, sc.doc) for name, sc in SCENARIOS.items()))
         return 0
-    if not a.program:
-        parser.error("--program is required to run scenarios")
-    names = a.scenarios or list(SCENARIOS)
     failures = 0
-    for name in names:
+    for name in a.scenarios or list(SCENARIOS):
         try:
             run_scenario(SCENARIOS[name], a.program, a.keep)
             print("PASS %s" % name)

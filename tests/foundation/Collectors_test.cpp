@@ -55,25 +55,4 @@ TEST(Singleton, FirstUseFromManyThreadsBuildsOneInstance) {
     EXPECT_EQ(constructions.load(), 1);
 }
 
-struct CProbe {
-    explicit CProbe(int* deaths) : m_deaths(deaths) {}
-    virtual ~CProbe() { ++*m_deaths; }
-    int* m_deaths;
-};
-
-TEST(NullInitializedPointer, SetNeverDeletesAndDeleteClears) {
-    int deaths = 0;
-    CProbe kept(&deaths);
-    {
-        CNullInitializedPointer<CProbe, false, false> pointer;
-        pointer.Delete();  // empty: nothing happens
-        pointer.Set(&kept);
-        pointer.Set(new CProbe(&deaths));
-        pointer.Delete();
-        EXPECT_EQ(deaths, 1);
-        EXPECT_EQ(pointer.Get(), nullptr);
-        pointer.Set(&kept);
-    }  // the holder's death leaves its target alone
-    EXPECT_EQ(deaths, 1);
-}
 }  // namespace

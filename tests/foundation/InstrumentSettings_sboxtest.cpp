@@ -10,7 +10,6 @@
 
 #include <cstdio>
 #include <string>
-#include <utility>
 #include <vector>
 
 using vtxtest::ReadFile;
@@ -18,17 +17,17 @@ using vtxtest::WriteFile;
 
 namespace {
 
-const std::string kUser = "/home/vtx/Code/settings.vtx";
-const std::string kSecond = "/home/vtx/Code/settings.lmo";
-const std::string kFactory = "/home/vtx/Code/factory.lmo";
+const std::string kUser = "/home/vtx/Code/settings.vtx", kSecond = "/home/vtx/Code/settings.lmo",
+                  kFactory = "/home/vtx/Code/factory.lmo";
+const std::string kFactoryFile = "BeepFrequency = 2900HZ\r\nLEDIntensityCH1 = 900\r\n";  // incomplete
 
-// Records the notifications of all instances in one shared list.
+// Adds the notifications it is given to a list shared by all instances.
 struct CRecordingCallBack : CInstrumentSettingsChangedCallBack {
-    CRecordingCallBack(std::vector<std::string>& record, std::string name) : record(record), name(std::move(name)) {}
+    CRecordingCallBack(std::vector<std::string>& record, const char* name) : record(record), name(name) {}
     void OnSettingsLoaded() override { record.push_back(name + " loaded"); }
     void OnSettingsSaved() override { record.push_back(name + " saved"); }
     std::vector<std::string>& record;
-    std::string name;
+    const std::string name;
 };
 
 class InstrumentSettingsFiles : public ::testing::Test {
@@ -39,81 +38,63 @@ protected:
             std::remove(path.c_str());
             ::rmdir(path.c_str());
         }
-        CInstrumentSettingsCollection* collection = CSingleton<CInstrumentSettingsCollection>::GetInstance();
-        for (int origin = 0; origin < eSettingsOriginCount; ++origin) collection->ResetOrigin(origin, 0);
+        for (int origin = 0; origin < eSettingsOriginCount; ++origin)
+            CSingleton<CInstrumentSettingsCollection>::GetInstance()->ResetOrigin(origin, 0);
+        ASSERT_TRUE(WriteFile(kFactory, kFactoryFile));
     }
+    // Callbacks are told in registration order, of combined loads and saves only.
+    std::vector<std::string> m_record;
+    CRecordingCallBack m_first{m_record, "first"}, m_second{m_record, "second"};
 };
 
-TEST_F(InstrumentSettingsFiles, SaveWritesBothUserFilesAndNeverTheFactoryFile) {
-    SetSettingLanguage(eLanguageDanish);
-    GetSettingsItemPlasmaQcMode().Set(true);
-    EXPECT_TRUE(SaveSettings());
-    EXPECT_EQ(ReadFile(kUser).substr(0, 30), "Language = DK\r\nDateFormat = US");
-    EXPECT_EQ(ReadFile(kSecond), "PlasmaQcMode = TRUE\r\n");
-    EXPECT_NE(access(kFactory.c_str(), F_OK), 0);
-
-    // One file that cannot be written fails the save; the other is still written.
-    std::remove(kSecond.c_str());
-    ASSERT_EQ(::mkdir(kSecond.c_str(), 0755), 0);
-    SetSettingLanguage(eLanguageItalian);
-    EXPECT_FALSE(SaveSettings());
-    EXPECT_EQ(ReadFile(kUser).substr(0, 15), "Language = IT\r\n");
-    EXPECT_EQ(GetSettingLanguage(), eLanguageItalian);
-}
-
-TEST_F(InstrumentSettingsFiles, LoadReadsFactoryThenUserFilesAndCountsOnlyTheUserFiles) {
-    WriteFile(kFactory, "BeepFrequency = 2300HZ\r\n");  // incomplete: does not count
-    WriteFile(kUser,
-              "Language = CH\r\nDateFormat = EU\r\nBeepAudioReminder = BEEP_60_SEC\r\n"
-              "ChineseLiteration = NONE\r\nJapaneseLiteration = NONE\r\n");
-    WriteFile(kSecond, "PlasmaQcMode = TRUE\r\n");
+TEST_F(InstrumentSettingsFiles, LoadReadsAllThreeFilesAndCountsOnlyTheUserFiles) {
+    ASSERT_TRUE(WriteFile(kUser,
+                          "Language = CH\r\nDateFormat = EU\r\nBeepAudioReminder = BEEP_60_SEC\r\n"
+                          "ChineseLiteration = NONE\r\nJapaneseLiteration = NONE\r\n"));
+    ASSERT_TRUE(WriteFile(kSecond, "PlasmaQcMode = TRUE\r\n"));
     EXPECT_TRUE(LoadSettings());
     EXPECT_EQ(GetSettingLanguage(), eLanguageChinese);
-    EXPECT_EQ(GetSettingDateFormat(), eDateFormatEU);
+    EXPECT_EQ(GetSettingsItemBeepAudioReminder().Get(), eBeep60Sec);
+    EXPECT_EQ(GetSettingsItemJapaneseLiteration().Get(), NS_JapaneseLiteration::eJapaneseNone);
     EXPECT_TRUE(GetSettingsItemPlasmaQcMode().Get());
-    EXPECT_EQ(GetSettingsItemBeepFrequency().Get(), eBeep2300Hz);
+    EXPECT_EQ(GetSettingsItemBeepFrequency().Get(), eBeep2900Hz);
     EXPECT_EQ(GetSettingsItemLEDIntensityCH0().Get(), 1023);
+    EXPECT_EQ(GetSettingsItemLEDIntensityCH1().Get(), 900);
 
     std::remove(kSecond.c_str());
     EXPECT_FALSE(LoadSettings());
     EXPECT_EQ(GetSettingLanguage(), eLanguageChinese);
+    CSingleton<CInstrumentSettingsCollection>::GetInstance()->LoadOrigin(0);
+    EXPECT_EQ(m_record,
+              (std::vector<std::string>{"first loaded", "second loaded", "first loaded", "second loaded"}));
 }
 
-TEST_F(InstrumentSettingsFiles, CallbacksAreToldInRegistrationOrder) {
-    std::vector<std::string> record;
-    {
-        CRecordingCallBack first(record, "first");
-        CRecordingCallBack second(record, "second");
-        LoadSettings();
-        SaveSettings();
-        ResetSettings(0);
-        // Single origins tell nobody.
-        CSingleton<CInstrumentSettingsCollection>::GetInstance()->SaveOrigin(0);
-        CSingleton<CInstrumentSettingsCollection>::GetInstance()->LoadOrigin(0);
-    }
-    SaveSettings();  // both are gone
-    EXPECT_EQ(record, (std::vector<std::string>{"first loaded", "second loaded", "first saved", "second saved",
-                                                "first saved", "second saved"}));
-}
+TEST_F(InstrumentSettingsFiles, SaveAndResetWriteBothUserFilesAndNeverTheFactoryFile) {
+    SetSettingLanguage(eLanguageDanish);
+    SetSettingDateFormat(eDateFormatEU);
+    GetSettingsItemPlasmaQcMode().Set(true);
+    GetSettingsItemBeepFrequency().Set(eBeep2300Hz);  // would show in a factory file written
+    EXPECT_TRUE(SaveSettings());
+    EXPECT_EQ(ReadFile(kUser).substr(0, 30), "Language = DK\r\nDateFormat = EU");
+    EXPECT_EQ(ReadFile(kSecond), "PlasmaQcMode = TRUE\r\n");
 
-TEST_F(InstrumentSettingsFiles, ResetRestoresUserFilesAndLeavesTheFactoryFileAlone) {
-    const std::string factory = "BeepFrequency = 2900HZ\r\nLEDIntensityCH0 = 800\r\nLEDIntensityCH1 = 900\r\n";
-    WriteFile(kFactory, factory);
-    WriteFile(kUser,
-              "Language = DE\r\nDateFormat = EU\r\nBeepAudioReminder = BEEP_10_SEC\r\n"
-              "ChineseLiteration = PINYIN\r\nJapaneseLiteration = ROMAJI\r\n");
-    WriteFile(kSecond, "PlasmaQcMode = TRUE\r\n");
-    ASSERT_TRUE(LoadSettings());
-
-    EXPECT_TRUE(ResetSettings(2));
+    EXPECT_TRUE(ResetSettings(0));
     EXPECT_EQ(ReadFile(kUser),
               "Language = EN\r\nDateFormat = US\r\nBeepAudioReminder = BEEP_ONCE\r\n"
               "ChineseLiteration = BOPOMOFO\r\nJapaneseLiteration = KANA\r\n");
     EXPECT_EQ(ReadFile(kSecond), "PlasmaQcMode = FALSE\r\n");
-    EXPECT_EQ(ReadFile(kFactory), factory);
-    EXPECT_EQ(GetSettingLanguage(), eLanguageEnglish);
-    EXPECT_EQ(GetSettingsItemBeepFrequency().Get(), eBeep2900Hz);
-    EXPECT_EQ(GetSettingsItemLEDIntensityCH1().Get(), 900);
+    EXPECT_EQ(GetSettingsItemBeepFrequency().Get(), eBeep2300Hz);
+
+    // One file that cannot be written fails the save and the reset.
+    std::remove(kSecond.c_str());
+    ASSERT_EQ(::mkdir(kSecond.c_str(), 0755), 0);
+    EXPECT_FALSE(SaveSettings());
+    EXPECT_FALSE(ResetSettings(0));
+    EXPECT_EQ(ReadFile(kFactory), kFactoryFile);
+    CSingleton<CInstrumentSettingsCollection>::GetInstance()->SaveOrigin(0);
+    EXPECT_EQ(m_record.size(), 8u);
+    for (size_t i = 0; i < m_record.size(); ++i)
+        EXPECT_EQ(m_record[i], i % 2 ? "second saved" : "first saved") << i;
 }
 
 }  // namespace

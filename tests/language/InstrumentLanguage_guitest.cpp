@@ -31,33 +31,17 @@ int MissingGlyphs(const wxFont& font, const std::string& text) {
     const auto unknown = reinterpret_cast<int (*)(P)>(fn("pango_layout_get_unknown_glyphs_count"));
     const auto unref = reinterpret_cast<void (*)(P)>(fn("g_object_unref"));
     if (!fontMap || !newContext || !newLayout || !setFont || !setText || !unknown || !unref) return -1;
-    P context = newContext(fontMap());
-    P layout = newLayout(context);
+    P context = newContext(fontMap()), layout = newLayout(context);
     setFont(layout, font.GetNativeFontInfo()->description);
     setText(layout, text.c_str(), static_cast<int>(text.size()));
     const int missing = unknown(layout);
-    unref(layout);
-    unref(context);
+    unref(layout), unref(context);
     return missing;
 }
 
-class InstrumentLanguageGui : public ::testing::Test {
-protected:
-    void SetUp() override {
-        m_frame = new wxFrame(nullptr, wxID_ANY, "language", wxPoint(0, 0), wxSize(800, 600), wxBORDER_NONE);
-        m_frame->Show();
-        vtxtest::Pump(20);
-    }
-    void TearDown() override {
-        SetSettingLanguage(eLanguageEnglish);
-        RefreshInstrumentFonts();
-        m_frame->Destroy();
-        vtxtest::Pump(20);
-    }
-    wxFrame* m_frame = nullptr;
-};
-
-TEST_F(InstrumentLanguageGui, UpgradeHeadingIsDrawnInEveryLanguageWithItsFont) {
+TEST(InstrumentLanguageGui, UpgradeHeadingIsDrawnInEveryLanguageWithItsFont) {
+    auto* frame = new wxFrame(nullptr, wxID_ANY, "language", wxPoint(0, 0), wxSize(800, 600), wxBORDER_NONE);
+    frame->Show();
     const CColorRect grey(0xc8c8c8);
     ASSERT_EQ(MissingGlyphs(GetProgramFont(eFontTypeHeaderTitle), "a\xf4\x8f\xbf\xbd"), 1)
         << "U+10FFFD has none";
@@ -71,7 +55,7 @@ TEST_F(InstrumentLanguageGui, UpgradeHeadingIsDrawnInEveryLanguageWithItsFont) {
                   lang == eLanguageJapanese  ? "Linux Libertine"
                   : lang == eLanguageChinese ? "WenQuanYi Micro Hei Mono"
                                              : "Arial");
-        auto* field = new CTextField(m_frame, wxID_ANY, CRect(0, 0, 800, 80), eFontTypeHeaderTitle);
+        auto* field = new CTextField(frame, wxID_ANY, CRect(0, 0, 800, 80), eFontTypeHeaderTitle);
         field->SetBackGroundPainter(&grey);
         field->SetText(text);
         uitest::CCanvas canvas(800, 80);
@@ -84,6 +68,10 @@ TEST_F(InstrumentLanguageGui, UpgradeHeadingIsDrawnInEveryLanguageWithItsFont) {
         EXPECT_GT(ink.right - ink.left, int(wxString::FromUTF8(text).length()) * 6);
         EXPECT_GT(ink.bottom - ink.top, 8);
     }
+    SetSettingLanguage(eLanguageEnglish);
+    RefreshInstrumentFonts();
+    frame->Destroy();
+    vtxtest::Pump(20);
 }
 
 }  // namespace

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "foundation/common/InstrumentCommonData.h"
 #include "foundation/InstrumentEnums.h"
 #include "foundation/InstrumentSettings.h"
+#include "foundation/common/InstrumentCommonData.h"
 #include "language/LanguageTables.h"
 #include "ui/TextControl.h"
 
@@ -20,10 +20,10 @@ using NS_LanguageTexts::GetLanguageTable;
 
 class CFixedLanguage : public CInstrumentLanguageSource {
 public:
-    explicit CFixedLanguage(int language) : language(language) {}
+    explicit CFixedLanguage(int language) : language(language), value(language) {}
     int GetLanguage() const override { return language; }
-    int GetLanguageValue() const override { return language; }
-    int language;
+    int GetLanguageValue() const override { return value; }
+    int language, value;
 };
 
 // Everything labelled anywhere, in order, so that tests can check the order across controls.
@@ -39,54 +39,47 @@ public:
 };
 
 // Labels are remembered for the life of the program, so remembered controls must live as long.
-CRecordingControl g_first, g_second, g_third;
+CRecordingControl g_first, g_second, g_third, g_fourth;
 const CInstrumentLanguage::CColonAdder g_colon;
 
 }  // namespace
 
-TEST(InstrumentLanguageLookup, OutOfRangeIdsAndLanguages) {
+TEST(InstrumentLanguageLookup, IdsAndLanguagesOfEveryRange) {
     const CInstrumentLanguageDef def(nullptr);
-    for (int language : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 255, -1}) {
-        SCOPED_TRACE(language);
-        for (uint32_t id : {0u, 651u, 1000u, 0xFFFFFFFFu})
-            EXPECT_EQ(def.GetTextForLanguage(id, language), "") << id;
-        EXPECT_EQ(def.GetTextForLanguage(568, language), "Signal");
-        EXPECT_EQ(def.GetTextForLanguage(650, language), "Wrong text!");
-        if (language < 0 || language > 9) {
-            EXPECT_EQ(def.GetTextForLanguage(417, language), "Software upgrade in progress");
-        }
-    }
-    // The last translated id still comes from the language's own table.
+    const struct {
+        uint32_t id;
+        int language;
+        const char* text;
+    } cases[] = {
+        // clang-format off
+        {0, 3, ""}, {651, 8, ""}, {0xFFFFFFFFu, 0, ""},             // no text: the empty one
+        {568, 8, "Signal"}, {650, 9, "Wrong text!"},                // developer texts in every language
+        {417, 10, "Software upgrade in progress"}, {417, -1, "Software upgrade in progress"},
+        {422, 7, "Upgrade erfolgreich"},
+        // Each language value reads its own table.
+        {1, 0, "Language"}, {1, 1, "Sprog"}, {1, 2, "Språk"}, {1, 3, "Lingua"}, {1, 4, "Taal"},
+        {1, 5, "Langue"}, {1, 6, "Idioma"}, {1, 7, "Sprache"}, {1, 8, "言語"}, {1, 9, "语言"},
+        // clang-format on
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(def.GetTextForLanguage(c.id, c.language), c.text) << c.id << "/" << c.language;
     EXPECT_EQ(&def.GetTextForLanguage(567, eLanguageJapanese), &GetLanguageTable(eLanguageJapanese)[567]);
-}
 
-TEST(InstrumentLanguageLookup, GetTextFollowsTheSourceAndKeepsItsReference) {
+    // The lookups ask the source's third operation, the second query its fourth.
     CFixedLanguage source(eLanguageGerman);
-    const CInstrumentLanguageDef def(&source);
-    const std::string& german = def.GetText(422);
-    EXPECT_EQ(german, "Upgrade erfolgreich");
+    const CInstrumentLanguageDef followed(&source);
+    const std::string& german = followed.GetText(422);
     source.language = eLanguageEnglish;
-    EXPECT_EQ(def.GetText(422), "Upgrade successful");
-    EXPECT_EQ(german, "Upgrade erfolgreich") << "the reference points into the table";
-    EXPECT_EQ(CInstrumentLanguageDef(nullptr).GetText(422), "Upgrade successful") << "no source: English";
+    EXPECT_EQ(followed.GetText(422), "Upgrade successful");
+    EXPECT_EQ(german, "Upgrade erfolgreich") << "a returned text stays valid";
+    EXPECT_FALSE(followed.IsRomanceLanguage());
+    source.value = eLanguageFrench;
+    EXPECT_TRUE(followed.IsRomanceLanguage());
 
     const int saved = GetSettingLanguage();
     SetSettingLanguage(eLanguageGerman);
     EXPECT_EQ(GetText(417), "Software upgrade in Arbeit");
     SetSettingLanguage(saved);
-}
-
-TEST(InstrumentLanguageLookup, TypeChangesAfterTheFirstLookupAreNotSeen) {
-    const CInstrumentLanguageDef def(nullptr);
-    ASSERT_EQ(def.GetTextForLanguage(21, eLanguageEnglish), "Sample ID");
-    ASSERT_EQ(CInstrumentLanguageDef::GetTextInstrumentType(), eInstrumentKorvalin);
-    SetInstrumentTypeForTesting(eInstrumentPellamZento);
-    EXPECT_EQ(def.GetTextForLanguage(21, eLanguageEnglish), "Sample ID");
-    EXPECT_EQ(def.GetTextForLanguage(558, eLanguageEnglish), "PT/aPTT Combo");
-    for (int language = -1; language <= 10; ++language)
-        EXPECT_EQ(CInstrumentLanguageDef::IsLanguageAvailable(language), language >= 0 && language <= 9);
-    EXPECT_EQ(CInstrumentLanguageDef::CountAvailableLanguages(), 10);
-    SetInstrumentTypeForTesting(eInstrumentKorvalin);
 }
 
 // The lookup copies the instrument type once per process, so the other types run in a child each.
@@ -96,7 +89,8 @@ TEST(InstrumentLanguageLookup, PellamAndTandemInstruments) {
     struct {
         int type, count, offered;  // offered: bit n for language n
         const char* text21;
-    } const cases[] = {{eInstrumentPellamZento, 1, 0x001, "Patient name"},
+    } const cases[] = {{eInstrumentKorvalin, 10, 0x3FF, "Sample ID"},
+                       {eInstrumentPellamZento, 1, 0x001, "Patient name"},
                        {eInstrumentLumetTandem, 2, 0x041, "Sample ID"}};
     for (const auto& c : cases) {
         EXPECT_EXIT(
@@ -117,7 +111,7 @@ TEST(InstrumentLanguageLookup, PellamAndTandemInstruments) {
                 if (CInstrumentLanguageDef::CountAvailableLanguages() != c.count) out += "count\n";
                 expect(def.GetTextForLanguage(21, 0), c.text21, 21, 0);
                 if (c.type == eInstrumentPellamZento) {
-                    for (int lang : {1, 7, 8, 9, 10, 255}) {
+                    for (int lang : {7, 9, 255}) {
                         expect(def.GetTextForLanguage(21, lang), "Patient name", 21, lang);
                         expect(def.GetTextForLanguage(234, lang), "Analyzer calibrated successfully", 234,
                                lang);
@@ -127,9 +121,11 @@ TEST(InstrumentLanguageLookup, PellamAndTandemInstruments) {
                             expect(def.GetTextForLanguage(id, lang), "", id, lang);
                         expect(def.GetTextForLanguage(650, lang), "Wrong text!", 650, lang);
                     }
-                    SetInstrumentTypeForTesting(eInstrumentKorvalin);  // the branding stays for the run
-                    expect(def.GetTextForLanguage(21, eLanguageGerman), "Patient name", 21, eLanguageGerman);
                 }
+                // The branding stays for the run.
+                SetInstrumentTypeForTesting(c.type == eInstrumentPellamZento ? eInstrumentKorvalin
+                                                                             : eInstrumentPellamZento);
+                expect(def.GetTextForLanguage(21, 0), c.text21, 21, 0);
                 std::fputs(out.c_str(), stderr);
                 std::_Exit(out.empty() ? 0 : 1);
             },
@@ -138,25 +134,18 @@ TEST(InstrumentLanguageLookup, PellamAndTandemInstruments) {
     }
 }
 
-TEST(InstrumentLanguageLabels, SetControlTextUsesTheCurrentLanguageAndTheFormatter) {
-    CFixedLanguage source(eLanguageGerman);
-    const CInstrumentLanguage language(&source);
-    CRecordingControl field;
-    language.SetControlText(&field, 1, &g_colon);
-    language.SetControlText(&field, 1);
-    language.SetControlText(&field, 0, &g_colon);  // the colon adder leaves an empty text empty
-    source.language = eLanguageEnglish;
-    language.SetControlText(&field, 1, &g_colon);
-    language.SetControlText(nullptr, 1, &g_colon);  // a missing control is skipped
-    EXPECT_EQ(field.texts, (std::vector<std::string>{"Sprache:", "Sprache", "", "Language:"}));
-}
-
 TEST(InstrumentLanguageLabels, RefreshRelabelsEveryRememberedControlInOrder) {
-    CFixedLanguage source(eLanguageEnglish);
+    CFixedLanguage source(eLanguageGerman);
     const CInstrumentLanguage language(&source);
     language.SetControlTextAndRemember(&g_third, 418);
     language.SetControlTextAndRemember(&g_first, 1, &g_colon);
-    language.SetControlTextAndRemember(&g_second, 0, &g_colon);
+    language.SetControlTextAndRemember(&g_second, 0, &g_colon);  // the colon adder leaves "" empty
+    language.SetControlText(nullptr, 1, &g_colon);               // a missing control is skipped
+    EXPECT_EQ(g_first.texts.back(), "Sprache:");
+    source.language = eLanguageEnglish;
+    EXPECT_FALSE(language.ReapplyText(&g_fourth));
+    EXPECT_TRUE(language.ReapplyText(&g_first));
+    EXPECT_EQ(g_first.texts.back(), "Language:");
     source.language = eLanguageFrench;
     g_labelLog.clear();
     language.RefreshAllTexts();
@@ -167,23 +156,4 @@ TEST(InstrumentLanguageLabels, RefreshRelabelsEveryRememberedControlInOrder) {
     const std::vector<std::pair<const void*, std::string>> expected = {
         {&g_third, GetLanguageTable(eLanguageFrench)[418]}, {&g_first, "Langue:"}, {&g_second, ""}};
     EXPECT_EQ(mine, expected);
-}
-
-TEST(InstrumentLanguagePlaceholders, FilledLeftToRightOnlyWhereTheMarkStood) {
-    const struct {
-        std::string text;
-        std::vector<std::string> values;
-        std::string expected;
-    } cases[] = {
-        {CInstrumentLanguageDef(nullptr).GetTextForLanguage(437, eLanguageEnglish),
-         {"Anna", "passed", "12.03.2024"},
-         "Anna has passed the analyser self test on 12.03.2024"},
-        {"<TAG_AMOUNT> drops", {"3", "4"}, "3 drops"},
-        {"a <TAG_AMOUNT> b <TAG_AMOUNT> c", {"1"}, "a 1 b <TAG_AMOUNT> c"},
-        // Inserted values are not searched again, nor do they complete a mark with the text around.
-        {"<TAG_AMOUNT>-<TAG_AMOUNT>", {"<TAG_AMOUNT>", "x"}, "<TAG_AMOUNT>-x"},
-        {"<TAG_<TAG_AMOUNT>AMOUNT>", {""}, "<TAG_AMOUNT>"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(CInstrumentLanguageDef::FillPlaceholders(c.text, c.values), c.expected) << c.text;
 }

@@ -5,10 +5,8 @@
 #include <unistd.h>
 #include <utime.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <fstream>
-#include <thread>
 #include <vector>
 
 #include "app/WorkerThread.h"
@@ -78,14 +76,6 @@ TEST_F(UpdateSteps, TwoBackupsOfTheSameBuildShareOneName) {
     EXPECT_EQ(ReadFile("/home/vtx/Code/Old/Application_" + FormatBackupTimeStamp(1551795120)), "build B");
 }
 
-TEST(UpdateView, SpecialCommandReachesTheProcedureThroughTheReceiver) {
-    CInstrumentViewUpdate view{CInstrumentViewCreatorNeeds{}};
-    EXPECT_EQ(g_updateSpecialCommandReceiver, &view);
-    EXPECT_FALSE(view.GetProcedure().IsReducedUpdate());
-    g_updateSpecialCommandReceiver->ReceiveParam(1);
-    EXPECT_TRUE(view.GetProcedure().IsReducedUpdate());
-}
-
 // One test, because the start flag lives for the whole program run.
 TEST(UpdateView, ActivationStartsOneProcedurePerRunAndAFailureFillsTheBar) {
     // Without an installed application the procedure fails at the backup (code 01), after it has
@@ -99,9 +89,7 @@ TEST(UpdateView, ActivationStartsOneProcedurePerRunAndAFailureFillsTheBar) {
     view.Activate();
     view.Activate();
     EXPECT_TRUE(CInstrumentViewUpdate::HasStartedProcedure());
-    for (int i = 0; i < 1000 && GetRunningWorkerThreadCount() > 0; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    ASSERT_EQ(GetRunningWorkerThreadCount(), 0);
+    ASSERT_TRUE(WaitForWorkerThreads(60000));
 
     const CUpdateProcedure& procedure = view.GetProcedure();
     EXPECT_EQ(procedure.GetProgressPosition(), procedure.GetProgressMaximum());
@@ -114,8 +102,8 @@ TEST(UpdateView, ActivationStartsOneProcedurePerRunAndAFailureFillsTheBar) {
     // A view built later in the same run (the registry recreating it) starts nothing either.
     CInstrumentViewUpdate again{CInstrumentViewCreatorNeeds{}};
     again.Activate();
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    EXPECT_EQ(GetRunningWorkerThreadCount(), 0);
+    EXPECT_EQ(GetRunningWorkerThreadCount(), 0);  // a start counts before Activate returns
+    ASSERT_TRUE(WaitForWorkerThreads(60000));
     EXPECT_EQ(ReadFile("/home/vtx/Code/instrument.log"), after);
 }
 

@@ -7,25 +7,6 @@
 
 #include <thread>
 
-TEST(ComputerControlCursor, RepeatedRequestsDoNotNest) {
-    SetBusyCursor(true);
-    SetBusyCursor(true);
-    EXPECT_TRUE(wxIsBusy());
-    SetBusyCursor(false);
-    EXPECT_FALSE(wxIsBusy());
-    SetBusyCursor(false);
-    EXPECT_FALSE(wxIsBusy());
-
-    // Hiding while busy keeps the waiting cursor; the blank one follows when busy ends.
-    SetCursorVisible(false);
-    SetBusyCursor(true);
-    SetCursorVisible(false);
-    EXPECT_TRUE(wxIsBusy());
-    SetBusyCursor(false);
-    EXPECT_FALSE(wxIsBusy());
-    SetCursorVisible(true);
-}
-
 TEST(ComputerControlCursor, RequestsFromOtherThreadsReachTheGuiThread) {
     std::thread([] { SetBusyCursor(true); }).join();
     EXPECT_FALSE(wxIsBusy());

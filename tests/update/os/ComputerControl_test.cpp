@@ -28,7 +28,8 @@ TEST(ComputerControlFiles, CopyTakesShellCharactersInNamesAsJustCharacters) {
     const std::string marker = folder / "pwned-marker";
     const std::string names[] = {"my folder/a b.log", "a$(touch " + marker + ").log", "b`touch " + marker + "`.log",
                                  "c\"; touch " + marker + "; echo \".log", "e\\.log", "f\\\".log",
-                                 "i\\$(touch " + marker + ").log", "h'quote'.log", "x\".log"};
+                                 "i\\$(touch " + marker + ").log", "h'quote'.log", "x\".log",
+                                 "first\ntouch " + marker + "\n.log", std::string(246, 'L') + ".log"};  // 255 with ".copy"
     for (const std::string& name : names) {
         SCOPED_TRACE(name);
         // Slashes in a name make folders of its first part.

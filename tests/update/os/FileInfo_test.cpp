@@ -17,7 +17,7 @@ using vtxtest::WriteFile;
 namespace {
 
 // folder/
-//   a.log b.log (mtime 1551776400 and 1551780000), c.txt, x.log/ (a folder),
+//   a.log b.log (mtime 1551780000), c.txt, x.log/ (a folder),
 //   link.log -> ../outside (a link to a file elsewhere), dirlink -> sub,
 //   sub/d.log, sub/deeper/e.log, sub/deeper/f.txt
 class FileScan : public ::testing::Test {
@@ -27,18 +27,14 @@ protected:
         m_folder = m_root / "folder";
         for (const char* sub : {"", "/x.log", "/sub", "/sub/deeper"})
             ASSERT_EQ(mkdir((m_folder + sub).c_str(), 0777), 0) << sub;
-        for (const char* file : {"/a.log", "/b.log", "/c.txt", "/sub/d.log", "/sub/deeper/e.log", "/sub/deeper/f.txt"})
+        for (const char* file :
+             {"/a.log", "/b.log", "/c.txt", "/sub/d.log", "/sub/deeper/e.log", "/sub/deeper/f.txt"})
             ASSERT_TRUE(WriteFile(m_folder + file, file[1] == 'b' ? "bravo-bravo" : "x")) << file;
         ASSERT_TRUE(WriteFile(m_root / "outside", "outside"));
         ASSERT_EQ(symlink("../outside", (m_folder + "/link.log").c_str()), 0);
         ASSERT_EQ(symlink("sub", (m_folder + "/dirlink").c_str()), 0);
-        SetModificationTime(m_folder + "/a.log", 1551776400);
-        SetModificationTime(m_folder + "/b.log", 1551780000);
-    }
-
-    static void SetModificationTime(const std::string& path, time_t seconds) {
-        timespec times[2] = {{seconds, 0}, {seconds, 0}};
-        ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+        const timespec times[2] = {{1551780000, 0}, {1551780000, 0}};
+        ASSERT_EQ(utimensat(AT_FDCWD, (m_folder + "/b.log").c_str(), times, 0), 0);
     }
 
     static std::set<std::string> Paths(const CFileInfoArray& files) {
@@ -53,62 +49,57 @@ protected:
 
 }  // namespace
 
-TEST_F(FileScan, AddFileTakesRegularFilesAndLinksOnly) {
+TEST_F(FileScan, WhatAPatternTakes) {
+    const std::string f = m_folder;
+    // One path (AddFile): the first match, when its own type has the regular-file bit; a link
+    // has it too, whatever its target is.
+    const struct {
+        std::string pattern;
+        std::string taken;  // empty: refused
+    } single[] = {
+        // clang-format off
+        {f + "/x.log", ""}, {f, ""}, {f + "/missing.log", ""}, {"", ""}, {f + "/b.log", f + "/b.log"},
+        {f + "/link.log", f + "/link.log"}, {f + "/dirlink", f + "/dirlink"}, {f + "/?.log", f + "/a.log"}};
+    // clang-format on
     CFileInfoArray files;
-    EXPECT_EQ(files.AddFile(m_folder + "/x.log"), -1);
-    EXPECT_EQ(files.AddFile(m_folder), -1);
-    EXPECT_EQ(files.AddFile(m_folder + "/missing.log"), -1);
-    EXPECT_EQ(files.AddFile(""), -1);
-    EXPECT_EQ(files.Count(), 0u);
-
-    EXPECT_EQ(files.AddFile(m_folder + "/b.log"), 0);
-    // A link is judged by its own type, whatever its target is.
-    EXPECT_EQ(files.AddFile(m_folder + "/link.log"), 1);
-    EXPECT_EQ(files.AddFile(m_folder + "/dirlink"), 2);
-    // A pattern takes its first match only.
-    EXPECT_EQ(files.AddFile(m_folder + "/?.log"), 3);
-    EXPECT_EQ(files.GetPath(3), m_folder + "/a.log");
-    EXPECT_EQ(files.Count(), 4u);
+    for (const auto& c : single) {
+        const int index = files.AddFile(c.pattern);
+        EXPECT_EQ(index < 0 ? "" : files.GetPath(index), c.taken) << c.pattern;
+    }
+    // A folder (ScanFolder): regular files only, and with recursion every real subfolder; a link
+    // to a folder is not followed. Nothing to match is no error.
+    const struct {
+        std::string folder, pattern;
+        bool recursive;
+        std::set<std::string> found;
+    } scans[] = {
+        // clang-format off
+        {f + "/", "*.log", false, {f + "/a.log", f + "/b.log", f + "/link.log"}},
+        {f + "/", "*.log", true, {f + "/a.log", f + "/b.log", f + "/link.log", f + "/sub/d.log", f + "/sub/deeper/e.log"}},
+        {f + "/", "*.none", true, {}}, {f + "/", "", false, {}}, {m_root / "missing/", "*.log", false, {}}};
+    // clang-format on
+    for (const auto& c : scans) {
+        CFileInfoArray scanned;
+        EXPECT_EQ(scanned.ScanFolder(c.folder, c.pattern, c.recursive), static_cast<int>(c.found.size()));
+        EXPECT_EQ(Paths(scanned), c.found) << c.folder << c.pattern << c.recursive;
+        EXPECT_FALSE(scanned.HadScanError());
+    }
 }
 
-TEST_F(FileScan, RecordHoldsTheWriteTimeInMillisecondsAndTheSize) {
+TEST_F(FileScan, RecordsAndTheirIndex) {
     CFileInfoArray files;
     ASSERT_EQ(files.AddFile(m_folder + "/b.log"), 0);
-    const CFileInfo* info = files.Get(0);
-    ASSERT_NE(info, nullptr);
-    EXPECT_EQ(info->GetPath(), m_folder + "/b.log");
-    EXPECT_EQ(info->GetSize(), 11u);
-    EXPECT_EQ(info->GetLastWriteTime().GetValue(), wxLongLong(1551780000LL * 1000));
-    // The link's own size (its target text), not the target file's.
     ASSERT_EQ(files.AddFile(m_folder + "/link.log"), 1);
+    EXPECT_EQ(files.Get(0)->GetSize(), 11u);
+    EXPECT_EQ(files.GetLastWriteTime(0).GetValue(), wxLongLong(1551780000LL * 1000));
+    // The link's own size (its target text), not the target file's.
     EXPECT_EQ(files.Get(1)->GetSize(), std::string("../outside").size());
-}
-
-TEST_F(FileScan, FlatScanListsOnlyDirectLogFiles) {
-    CFileInfoArray files;
-    EXPECT_EQ(files.ScanFolder(m_folder + "/", "*.log", false), 3);
-    EXPECT_EQ(Paths(files), (std::set<std::string>{m_folder + "/a.log", m_folder + "/b.log", m_folder + "/link.log"}));
-}
-
-TEST_F(FileScan, NothingToMatchIsNoError) {
-    CFileInfoArray files;
-    EXPECT_EQ(files.ScanFolder(m_folder + "/", "*.none", true), 0);
-    EXPECT_EQ(files.ScanFolder(m_folder + "/", "", false), 0);
-    EXPECT_EQ(files.ScanFolder(m_root / "missing/", "*.log", false), 0);
-    EXPECT_EQ(files.Count(), 0u);
-}
-
-TEST_F(FileScan, OutOfRangeIndexGivesTheSharedInvalidTimeAndClearRestarts) {
-    CFileInfoArray files;
-    ASSERT_EQ(files.ScanFolder(m_folder + "/", "*.log", false), 3);
+    // Outside the list: one shared invalid time, an empty path, no record.
     const wxDateTime& invalid = files.GetLastWriteTime(5);
     EXPECT_FALSE(invalid.IsValid());
-    CFileInfoArray other;
-    EXPECT_EQ(&other.GetLastWriteTime(0), &invalid);
-    EXPECT_EQ(files.GetPath(3), "");
-    EXPECT_EQ(files.Get(3), nullptr);
+    EXPECT_EQ(&CFileInfoArray().GetLastWriteTime(0), &invalid);
+    EXPECT_EQ(files.GetPath(2), "");
+    EXPECT_EQ(files.Get(2), nullptr);
     files.Clear();
     EXPECT_EQ(files.Count(), 0u);
-    EXPECT_EQ(files.Get(0), nullptr);
-    EXPECT_EQ(files.AddFile(m_folder + "/a.log"), 0);
 }
