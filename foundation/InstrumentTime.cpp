@@ -15,27 +15,6 @@ std::string ToUtf8(const wxString& text) { return text.utf8_string(); }
 // ---------------------------------------------------------------------------------------------
 // CInstrumentTimeSpan
 
-CInstrumentTimeSpan CInstrumentTimeSpan::Milliseconds(int64_t ms) {
-    return CInstrumentTimeSpan(wxTimeSpan::Milliseconds(wxLongLong(ms)));
-}
-CInstrumentTimeSpan CInstrumentTimeSpan::Seconds(int64_t s) {
-    return CInstrumentTimeSpan(wxTimeSpan::Seconds(wxLongLong(s)));
-}
-CInstrumentTimeSpan CInstrumentTimeSpan::Minutes(long m) { return CInstrumentTimeSpan(wxTimeSpan::Minutes(m)); }
-CInstrumentTimeSpan CInstrumentTimeSpan::Hours(long h) { return CInstrumentTimeSpan(wxTimeSpan::Hours(h)); }
-CInstrumentTimeSpan CInstrumentTimeSpan::Days(long d) { return CInstrumentTimeSpan(wxTimeSpan::Days(d)); }
-
-int64_t CInstrumentTimeSpan::GetMilliseconds() const { return m_span.GetMilliseconds().GetValue(); }
-int64_t CInstrumentTimeSpan::GetSeconds() const { return m_span.GetSeconds().GetValue(); }
-long CInstrumentTimeSpan::GetMinutes() const { return m_span.GetMinutes(); }
-
-CInstrumentTimeSpan CInstrumentTimeSpan::operator+(const CInstrumentTimeSpan& other) const {
-    return CInstrumentTimeSpan(m_span + other.m_span);
-}
-CInstrumentTimeSpan CInstrumentTimeSpan::operator-(const CInstrumentTimeSpan& other) const {
-    return CInstrumentTimeSpan(m_span - other.m_span);
-}
-
 // ---------------------------------------------------------------------------------------------
 // CInstrumentTime
 
@@ -80,40 +59,6 @@ CInstrumentTimeSpan CInstrumentTime::Subtract(const CInstrumentTime& other) cons
     wxCHECK_MSG(IsValid() && other.IsValid(), CInstrumentTimeSpan(), kInvalid);
     return CInstrumentTimeSpan(m_dateTime.Subtract(other.m_dateTime));
 }
-CInstrumentTime CInstrumentTime::operator+(const CInstrumentTimeSpan& span) const {
-    CInstrumentTime result(*this);
-    return result.Add(span);
-}
-CInstrumentTime CInstrumentTime::operator-(const CInstrumentTimeSpan& span) const {
-    CInstrumentTime result(*this);
-    return result.Subtract(span);
-}
-
-int CInstrumentTime::GetYear() const {
-    wxCHECK_MSG(IsValid(), 0, kInvalid);
-    return m_dateTime.GetYear();
-}
-int CInstrumentTime::GetMonth() const {
-    wxCHECK_MSG(IsValid(), 0, kInvalid);
-    return static_cast<int>(m_dateTime.GetMonth()) + 1;
-}
-int CInstrumentTime::GetDay() const {
-    wxCHECK_MSG(IsValid(), 0, kInvalid);
-    return m_dateTime.GetDay();
-}
-int CInstrumentTime::GetHour() const {
-    wxCHECK_MSG(IsValid(), 0, kInvalid);
-    return m_dateTime.GetHour();
-}
-int CInstrumentTime::GetMinute() const {
-    wxCHECK_MSG(IsValid(), 0, kInvalid);
-    return m_dateTime.GetMinute();
-}
-int CInstrumentTime::GetSecond() const {
-    wxCHECK_MSG(IsValid(), 0, kInvalid);
-    return m_dateTime.GetSecond();
-}
-
 // ---------------------------------------------------------------------------------------------
 // Text forms
 

@@ -4,7 +4,6 @@
 
 #include <wx/datetime.h>
 
-#include <cstdint>
 #include <string>
 
 class CInstrumentTimeSpan {
@@ -15,25 +14,7 @@ public:
     CInstrumentTimeSpan(const CInstrumentTimeSpan&) = default;
     CInstrumentTimeSpan& operator=(const CInstrumentTimeSpan&) = default;
 
-    static CInstrumentTimeSpan Milliseconds(int64_t ms);
-    static CInstrumentTimeSpan Seconds(int64_t s);
-    static CInstrumentTimeSpan Minutes(long m);
-    static CInstrumentTimeSpan Hours(long h);
-    static CInstrumentTimeSpan Days(long d);
-
     virtual const wxTimeSpan& GetTimeSpan() const { return m_span; }
-    int64_t GetMilliseconds() const;
-    int64_t GetSeconds() const;
-    long GetMinutes() const;
-
-    CInstrumentTimeSpan operator+(const CInstrumentTimeSpan& other) const;
-    CInstrumentTimeSpan operator-(const CInstrumentTimeSpan& other) const;
-    bool operator==(const CInstrumentTimeSpan& other) const { return m_span == other.m_span; }
-    bool operator!=(const CInstrumentTimeSpan& other) const { return m_span != other.m_span; }
-    bool operator<(const CInstrumentTimeSpan& other) const { return m_span < other.m_span; }
-    bool operator>(const CInstrumentTimeSpan& other) const { return m_span > other.m_span; }
-    bool operator<=(const CInstrumentTimeSpan& other) const { return m_span <= other.m_span; }
-    bool operator>=(const CInstrumentTimeSpan& other) const { return m_span >= other.m_span; }
 
 private:
     wxTimeSpan m_span;
@@ -63,12 +44,6 @@ public:
 
     const wxDateTime& GetDateTime() const { return m_dateTime; }
     bool IsValid() const { return m_dateTime.IsValid(); }
-    int GetYear() const;
-    int GetMonth() const;  // 1..12
-    int GetDay() const;
-    int GetHour() const;
-    int GetMinute() const;
-    int GetSecond() const;
 
     bool operator==(const CInstrumentTime& other) const { return IsEqualTo(other); }
     bool operator!=(const CInstrumentTime& other) const { return !IsEqualTo(other); }
@@ -76,9 +51,6 @@ public:
     bool operator>(const CInstrumentTime& other) const { return IsLaterThan(other); }
     bool operator<=(const CInstrumentTime& other) const { return !IsLaterThan(other); }
     bool operator>=(const CInstrumentTime& other) const { return !IsEarlierThan(other); }
-    CInstrumentTime operator+(const CInstrumentTimeSpan& span) const;
-    CInstrumentTime operator-(const CInstrumentTimeSpan& span) const;
-    CInstrumentTimeSpan operator-(const CInstrumentTime& other) const { return Subtract(other); }
 
     // strftime-style conversion of the toolkit; UTF-8 text. Empty for an invalid time.
     std::string Format(const char* strftimeFormat) const;

@@ -16,6 +16,13 @@ TEST(InstrumentTime, FormatsOfTheLogPrefixAndTheSettings) {
     EXPECT_EQ(moment.FormatSettings(), "02102017 1407");
     EXPECT_EQ(midnight.FormatDateTime(false), "01/01/2020 12:00 AM");
     EXPECT_EQ(midnight.FormatSettings(), "01012020 0000");
+    EXPECT_EQ(moment.FormatClock(true, false) + "|" + moment.FormatClock(false, true) + "|" +
+                  moment.FormatDate(false) + "|" + moment.FormatWithSeconds() + "|" + moment.FormatXml(),
+              "14 07|02:07 PM|10/02/2017|14:07:05|2017-10-02T14:07:05");
+    CInstrumentTime later(moment);
+    EXPECT_EQ(later.Add(CInstrumentTimeSpan(wxTimeSpan::Hours(10))).FormatSettings(), "03102017 0007");
+    EXPECT_TRUE(later.IsLaterThan(moment) && moment.IsEarlierThan(later) && !moment.IsEqualTo(later));
+    EXPECT_EQ(later.Subtract(CInstrumentTimeSpan(wxTimeSpan::Hours(10))), moment);
 }
 
 TEST(InstrumentTime, SettingsFormReadsBackStrictly) {

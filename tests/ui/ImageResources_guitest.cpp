@@ -8,13 +8,8 @@ namespace {
 CImageResourceManager* Cache() { return CSingleton<CImageResourceManager>::GetInstance(); }
 unsigned long Finds() { return CSingleton<CResourceImplementationManager>::GetInstance()->GetFindCount(); }
 
-class ImageCache : public ::testing::Test {
-protected:
-    void SetUp() override { Cache()->Clear(); }
-    void TearDown() override { Cache()->Clear(); }
-};
-
-TEST_F(ImageCache, ProgressFrameLoadsOnceAndIsHandedOutAgain) {
+TEST(ImageCache, ProgressFrameLoadsOnceAndIsHandedOutAgain) {
+    Cache()->Clear();
     CImageImplementationBase* frame = Cache()->Get(364, 3);
     ASSERT_NE(frame, nullptr);
     EXPECT_TRUE(frame->IsValid());
@@ -27,7 +22,8 @@ TEST_F(ImageCache, ProgressFrameLoadsOnceAndIsHandedOutAgain) {
     EXPECT_EQ(Finds(), finds);
 }
 
-TEST_F(ImageCache, MissingImageIsLookedForOnlyOnce) {
+TEST(ImageCache, MissingImageIsLookedForOnlyOnce) {
+    Cache()->Clear();
     const unsigned long before = Finds();
     EXPECT_EQ(Cache()->Get(336, 0), nullptr);
     EXPECT_TRUE(Cache()->IsCached(336));

@@ -9,13 +9,7 @@
 namespace {
 
 TEST(UpdateTexts, BackupStampAndThePlaceOfTheLogOnTheStick) {
-    struct tm t {};
-    t.tm_year = 2019 - 1900;
-    t.tm_mon = 2;
-    t.tm_mday = 5;
-    t.tm_hour = 14;
-    t.tm_min = 12;
-    t.tm_isdst = -1;
+    struct tm t = {0, 12, 14, 5, 2, 2019 - 1900, 0, 0, -1, 0, nullptr};
     EXPECT_EQ(FormatBackupTimeStamp(mktime(&t)), "05032019_1412");  // local time
     // Split at the last "\" even when a "/" follows it; without any separator there is no place.
     EXPECT_EQ(StickPathOfLog("C:\\logs/run.log"), "/media/usb\\logs/run.log");
