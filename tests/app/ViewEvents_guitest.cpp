@@ -62,6 +62,17 @@ TEST(ViewEvents, TicksReachOnlyTheActiveViewOnTheGuiThreadInTheirMultiples) {
     EXPECT_EQ(Delivered(4), (std::vector<uint32_t>{eTick100ms, eTick1s, eTick1min, eTick2min}));
     EXPECT_FALSE(PostViewCommand(nullptr, 0, 0));
 
+    // Only button, check-box and text events with an identifier of the table reach a command.
+    ClearViewEntries();
+    CSecondTestView* view = g_secondTestViewItem.GetTypedView();
+    for (const wxEventType type : {wxEVT_BUTTON, wxEVT_CHECKBOX, wxEVT_TEXT, wxEVT_MENU}) {
+        for (const int id : {static_cast<int>(view->GetTickId(eTick1s)), 0}) {
+            wxCommandEvent event(type, id);
+            view->ProcessWindowEvent(event);
+        }
+    }
+    EXPECT_EQ(GetViewEntries("tick").size(), 3u);
+
     Manager().DestroyAllViews();
     delete context;
     delete frame;  // without server view

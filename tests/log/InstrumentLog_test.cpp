@@ -35,13 +35,15 @@ TEST(ProgramLog, TracesPassByTheFieldsLevel) {
     LogWithType(&field, eLogTrace2, "explicit");  // an explicit type always passes
     LogTrace1(nullptr, "null");
     LogInternalError(nullptr, "ie");
-    LogWarning(&field, "w");
-    LogMessage(&field, "m");
-    LogEvent(&field, "ev");
-    LogProgramEvent(&field, "pe");
-    EXPECT_EQ(sink.entries, (Entries{"6 [Update] 4 t1", "7 [Update] 0 t2", "8 [Update] 0 size:12",
-                                     "1 [Update] 9 e", "7 [Update] 0 explicit", "0 [] 0 ie", "2 [Update] 0 w",
-                                     "3 [Update] 0 m", "4 [Update] 0 ev", "5 [Update] 0 pe"}));
+    LogWarning(&field, "w"), LogMessage(&field, "m"), LogEvent(&field, "ev"), LogProgramEvent(&field, "pe");
+    // A scope is traced from the level its type needs; without a field never.
+    field.SetLevel(1);
+    { const CLogTraceScope passes(&field, "s", 6), fails(&field, "f", 7), none(nullptr, "n", 0); }
+    EXPECT_EQ(sink.entries, (Entries{"6 [Update] 4 t1", "7 [Update] 0 t2", "8 [Update] 0 size:12", "1 [Update] 9 e",
+                                     "7 [Update] 0 explicit", "0 [] 0 ie", "2 [Update] 0 w", "3 [Update] 0 m",
+                                     "4 [Update] 0 ev", "5 [Update] 0 pe", "6 [Update] 0 s Enter",
+                                     "6 [Update] 0 s Exit"}));
+    EXPECT_STREQ(GetTraceLevelText(7), "Unknown Type");
 }
 
 TEST(ProgramLog, OnlyTheNewestSinkHearsAndNoneOnceItIsGone) {

@@ -68,14 +68,6 @@ TEST_F(UpdateSteps, SpecialCommandSetAfterTheStartStillCounts) {
     EXPECT_TRUE(screen.texts.empty());
 }
 
-TEST_F(UpdateSteps, TwoBackupsOfTheSameBuildShareOneName) {
-    WriteFile("/home/vtx/Code/Application", "build A", 1551795120);
-    ASSERT_TRUE(CUpdateProcedure(&screen).BackUpOldVersion());
-    WriteFile("/home/vtx/Code/Application", "build B", 1551795120);
-    ASSERT_TRUE(CUpdateProcedure(&screen).BackUpOldVersion());
-    EXPECT_EQ(ReadFile("/home/vtx/Code/Old/Application_" + FormatBackupTimeStamp(1551795120)), "build B");
-}
-
 // One test, because the start flag lives for the whole program run.
 TEST(UpdateView, ActivationStartsOneProcedurePerRunAndAFailureFillsTheBar) {
     // Without an installed application the procedure fails at the backup (code 01), after it has

@@ -14,14 +14,7 @@ using vtxtest::CTestFolder;
 using vtxtest::ReadFile;
 using vtxtest::WriteFile;
 
-namespace {
-
-bool Exists(const std::string& path) {
-    struct stat status {};
-    return lstat(path.c_str(), &status) == 0;
-}
-
-}  // namespace
+bool Exists(const std::string& path) { return std::filesystem::exists(std::filesystem::symlink_status(path)); }
 
 TEST(ComputerControlFiles, CopyTakesShellCharactersInNamesAsJustCharacters) {
     CTestFolder folder;
