@@ -298,15 +298,6 @@ CUIHeader::~CUIHeader() {
     if (title && !(title->GetParent() && title->GetParent()->IsBeingDeleted())) title->Destroy();
 }
 
-void CUIHeader::SetTitle(const std::string& utf8) {
-    if (CTextField* title = m_title.get()) title->SetText(utf8);
-}
-
-std::string CUIHeader::GetTitle() const {
-    const CTextField* title = m_title.get();
-    return title ? title->GetText() : std::string();
-}
-
 CRect CUIHeader::HeaderRect(const CRect& viewRect) {
     return CRect(0, 0, viewRect.width, std::min<int>(kHeaderHeight, std::max(0, viewRect.height)));
 }

@@ -145,10 +145,7 @@ public:
     CUIHeader(const CUIHeader&) = delete;
     CUIHeader& operator=(const CUIHeader&) = delete;
 
-    // Any thread.
-    void SetTitle(const std::string& utf8);
-    std::string GetTitle() const;
-    // The title's text field (for re-labelling); null once the parent window destroyed it.
+    // The title's text field, which the page labels; null once the parent window destroyed it.
     CTextField* GetTitleField() const { return m_title.get(); }
     CRect GetHeaderRect() const { return m_rect; }
     static CRect HeaderRect(const CRect& viewRect);

@@ -5,6 +5,7 @@
 #include "foundation/TextFile.h"
 #include "update/os/ShellCommands.h"
 #include "update/os/SiteConfiguration.h"
+#include "update/locations/InstrumentLocations.h"
 
 #include <wx/cursor.h>
 #include <wx/gdicmn.h>
@@ -47,13 +48,13 @@ std::string CopyDestination(const std::string& from, const std::string& to) {
     std::string destination = to;
     struct stat status {};
     if (stat(to.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
-        destination = to + "/" + from.substr(from.rfind('/') + 1);
+        destination = JoinPath(to, from.substr(from.rfind('/') + 1));
     for (int hops = 0; hops < 40; ++hops) {
         char target[4096];
         const ssize_t length = readlink(destination.c_str(), target, sizeof target - 1);
         if (length <= 0) break;
         target[length] = '\0';
-        destination = target[0] == '/' ? std::string(target) : FolderOf(destination) + "/" + target;
+        destination = target[0] == '/' ? std::string(target) : JoinPath(FolderOf(destination), target);
     }
     return destination;
 }
@@ -90,7 +91,7 @@ bool OnGuiThread(Call call) {
 // and the caller learns that something is left.
 bool RemoveTree(const std::string& folder) {
     glob_t found{};
-    const int rc = glob((folder + "/*").c_str(), 0, nullptr, &found);
+    const int rc = glob(JoinPath(folder, "*").c_str(), 0, nullptr, &found);
     bool removed = rc == 0 || rc == GLOB_NOMATCH;
     for (size_t i = 0; rc == 0 && i < found.gl_pathc; ++i) {
         const char* path = found.gl_pathv[i];
@@ -224,7 +225,7 @@ SFirmwareIdentification GetFirmwareIdentification() {
 bool CopyFile(const std::string& from, const std::string& to) {
     const std::string destination = CopyDestination(from, to);
     const std::string folder = FolderOf(destination);
-    const std::string partial = folder + "/" + kPartialCopyName;
+    const std::string partial = JoinPath(folder, kPartialCopyName);
     // Whatever an earlier power cut left under the partial name goes first.
     unlink(partial.c_str());
     const bool copied = RunShellCommand(NS_ShellCommand::Copy(from, partial)) == 0 &&
