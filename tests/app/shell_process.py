@@ -150,6 +150,12 @@ def main():
     a = parser.parse_args()
     probe, program = os.path.abspath(a.probe), a.program and os.path.abspath(a.program)
     if a.inside:
+        # As the sandbox test binaries check (tests/common/SandboxGuard.cpp), before anything is deleted.
+        root = os.environ.get("ROOT", "")
+        home = [m for m in Path("/proc/self/mountinfo").read_text().splitlines() if m.split()[4] == "/home"]
+        if not (root and os.path.exists(os.path.join(root, "record", ".sandbox")) and home
+                and " - overlay vtx-home " in home[-1] and "upperdir=%s/home," % root in home[-1]):
+            sys.exit("shell_process.py: refused, --inside runs only inside tools/instrument-sandbox")
         os.environ["HOME"] = "/home/vtx"
         for name in ("FactoryQC.vtx", "settings.vtx", "settings.lmo", "factory.lmo"):
             Path("/home/vtx/Code", name).unlink(missing_ok=True)  # in the overlay: none of the host's shows through

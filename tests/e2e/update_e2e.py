@@ -6,21 +6,16 @@ checked for what a service engineer would look at once the update has come to an
 """
 
 import argparse
-import hashlib
-import io
 import os
 import re
 import shutil
 import subprocess
 import sys
-import tarfile
 import tempfile
-from pathlib import Path
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-REPO = os.path.dirname(os.path.dirname(HERE))
-SANDBOX, WITH_XVFB, SESSION = (os.path.join(REPO, "tools", t) for t in
-                               ("instrument-sandbox", "with-xvfb", "run-update-session"))
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(HERE)), "tools"))
+from sandbox_run import SANDBOX, SESSION, Run, Scenario, both, execute, gone, package, prepare, put  # noqa: E402,F401
 
 US_PREFIX = r"\d\d/\d\d/\d{4} \d\d:\d\d [AP]M"
 EU_PREFIX = r"\d\d/\d\d/\d{4} \d\d:\d\d"
@@ -66,61 +61,6 @@ class Failure(Exception):
 def check(condition, message):
     if not condition:
         raise Failure(message)
-
-
-class Run:
-    """A sandbox root, addressed by the instrument's paths."""
-
-    def __init__(self, root):
-        self.root = root
-
-    def path(self, instrument_path):
-        for prefix, sub in (("/home/", "home/"), ("/media/", "media/"), ("/opt/", "opt/"),
-                            ("/mnt/root-ro/", "rootro/"), ("/usr/lib/", "usr-lib/")):
-            if instrument_path.startswith(prefix):
-                return os.path.join(self.root, sub + instrument_path[len(prefix):])
-        raise ValueError(instrument_path)
-
-    def read(self, instrument_path):
-        return Path(self.path(instrument_path)).read_bytes()
-
-    def write(self, instrument_path, data, mode=0o644):
-        p = Path(self.path(instrument_path))
-        p.parent.mkdir(parents=True, exist_ok=True)
-        p.write_bytes(data if isinstance(data, bytes) else data.encode())
-        p.chmod(mode)
-
-    def record(self, name, text=None):
-        """A file of ROOT/record; with text, written first (faults for the stand-in privileged tool)."""
-        p = Path(self.root, "record", name)
-        if text is not None:
-            p.write_text(text)
-        return p.read_text(encoding="utf-8", errors="replace") if p.exists() else ""
-
-    def privileged(self):
-        return self.record("privileged.log").splitlines()
-
-    def statuses(self):
-        return [s.replace("\\n", "\n").replace("\\r", "\r")
-                for s in re.findall(r"Event \[Update\] Status: (.*)$", self.record("stderr.log"), re.M)]
-
-    def session(self):
-        return self.record("session").split()
-
-    def files(self):
-        """Every file and link on the instrument and the stick: its digest or its target."""
-        files = {}
-        for area in ("/home/vtx/", "/media/usb/", "/mnt/root-ro/", "/usr/lib/i386-linux-gnu/", "/opt/"):
-            base = self.path(area)
-            for folder, dirs, names in os.walk(base):
-                for n in names + [d for d in dirs if os.path.islink(os.path.join(folder, d))]:
-                    p = os.path.join(folder, n)
-                    if os.path.islink(p):
-                        files[area + os.path.relpath(p, base)] = "-> " + os.readlink(p)
-                    else:
-                        with open(p, "rb") as f:
-                            files[area + os.path.relpath(p, base)] = hashlib.file_digest(f, "sha256").hexdigest()
-        return files
 
 
 def state(run):
@@ -216,51 +156,11 @@ def outcome(status, log, expected, privileged=None, also=(), ending=None, first=
     return expect
 
 
-class Scenario:
-    def __init__(self, name, doc, layout=(), sandbox=(), args=(), setup=None, inside=None, path_stubs=None,
-                 expect=None, killed=False):
-        self.name, self.doc, self.setup, self.inside, self.path_stubs = name, doc, setup, inside, path_stubs
-        self.layout, self.sandbox, self.args = list(layout), list(sandbox), list(args)
-        self.expect, self.killed = expect, killed
-
-
 SCENARIOS = {}
 
 
 def add(name, doc, expect, **kw):
     SCENARIOS[name] = Scenario(name, doc, expect=expect, **kw)
-
-
-def prepare(sc, root, extra_setup=None):
-    """Lays out the sandbox root of a scenario; returns the Run, with the files as they were."""
-    subprocess.run([SANDBOX, "--root", root, "--init"] + sc.layout, check=True)
-    run = Run(root)
-    for setup in filter(None, (sc.setup, extra_setup)):
-        setup(run)
-    run.log_before = run.read(LOG) if os.path.isfile(run.path(LOG)) else None
-    run.before = run.files()
-    return run
-
-
-def execute(sc, run, program, use_display=False, extra_args=()):
-    """Runs the program on the prepared root; returns the sandbox's console output."""
-    env = dict(os.environ, HOME="/home/vtx")  # the instrument's user
-    env.setdefault("VTX_SESSION_TIMEOUT", "90")
-    env["PATH"] = os.path.join(run.root, "stubs") + ":" + env.get("PATH", "/usr/bin:/bin")
-
-    def script(name, text):
-        path = Path(run.root, name)
-        path.parent.mkdir(exist_ok=True)
-        path.write_text(text)
-        path.chmod(0o755)
-        return str(path)
-    for tool, body in (sc.path_stubs or {}).items():
-        script("stubs/" + tool, "#!/bin/sh\n" + body)
-    cmd = [SANDBOX, "--root", run.root] + sc.sandbox
-    cmd += ["--inside-setup", script("inside-setup.sh", sc.inside)] if sc.inside else []
-    cmd += ["--"] + ([] if use_display else [WITH_XVFB]) + [SESSION, os.path.abspath(program)] + sc.args
-    proc = subprocess.run(cmd + list(extra_args), env=env, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-    return proc.stdout.decode(errors="replace")
 
 
 def run_scenario(sc, program, keep=False):
@@ -283,32 +183,6 @@ def run_scenario(sc, program, keep=False):
             raise
     finally:
         print("kept sandbox root %s" % root) if keep else shutil.rmtree(root, ignore_errors=True)
-
-
-def put(path, data, mode=0o644):
-    return lambda run: run.write(path, data, mode)
-
-
-def gone(path):
-    return lambda run: os.remove(run.path(path))
-
-
-def both(*steps):
-    def setup(run):
-        for step in steps:
-            step(run)
-    return setup
-
-
-def package(*members):
-    """A gzipped tar of (name, data) members; a str for data makes a symbolic link to it."""
-    buf = io.BytesIO()
-    with tarfile.open(fileobj=buf, mode="w:gz", format=tarfile.GNU_FORMAT) as tar:
-        for name, data in members:
-            info, link = tarfile.TarInfo(name), isinstance(data, str)
-            info.type, info.linkname, info.size = (tarfile.SYMTYPE, data, 0) if link else (info.type, "", len(data))
-            tar.addfile(info, None if link else io.BytesIO(data))
-    return buf.getvalue()
 
 
 RUNTIME = b"runtime library 6.0.22 from the stick\n"

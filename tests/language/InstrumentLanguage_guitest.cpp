@@ -4,7 +4,6 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <wx/fontutil.h>
-#include <wx/frame.h>
 
 #include <string>
 
@@ -40,8 +39,7 @@ int MissingGlyphs(const wxFont& font, const std::string& text) {
 }
 
 TEST(InstrumentLanguageGui, UpgradeHeadingIsDrawnInEveryLanguageWithItsFont) {
-    auto* frame = new wxFrame(nullptr, wxID_ANY, "language", wxPoint(0, 0), wxSize(800, 600), wxBORDER_NONE);
-    frame->Show();
+    vtxtest::CTestFrame frame;
     const CColorRect grey(0xc8c8c8);
     ASSERT_EQ(MissingGlyphs(GetProgramFont(eFontTypeHeaderTitle), "a\xf4\x8f\xbf\xbd"), 1)
         << "U+10FFFD has none";
@@ -70,8 +68,6 @@ TEST(InstrumentLanguageGui, UpgradeHeadingIsDrawnInEveryLanguageWithItsFont) {
     }
     SetSettingLanguage(eLanguageEnglish);
     RefreshInstrumentFonts();
-    frame->Destroy();
-    vtxtest::Pump(20);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include "log/InstrumentUserLog.h"
 
 #include "foundation/InstrumentTime.h"
-#include "tests/foundation/TestFiles.h"
+#include "tests/common/TestFiles.h"
 
 #include <gtest/gtest.h>
 #include <wx/log.h>

@@ -1,6 +1,6 @@
 #include "log/StderrLogSink.h"
 
-#include "tests/foundation/TestFiles.h"
+#include "tests/common/TestFiles.h"
 
 #include <gtest/gtest.h>
 

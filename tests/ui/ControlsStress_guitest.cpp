@@ -2,7 +2,6 @@
 // bar as fast as it can while the GUI thread keeps repainting them. No crash, no torn text, no data
 // race under ThreadSanitizer, and the last values are the ones shown.
 #include <gtest/gtest.h>
-#include <wx/frame.h>
 
 #include <algorithm>
 #include <atomic>
@@ -39,11 +38,9 @@ protected:
 };
 
 TEST(ControlsStress, WorkerSetsWhileTheGuiThreadPaints) {
-    auto* frame = new wxFrame(nullptr, wxID_ANY, "stress", wxPoint(0, 0), wxSize(800, 600), wxBORDER_NONE);
+    vtxtest::CTestFrame frame;
     auto* field = new CCheckingField(frame, wxID_ANY, CRect(20, 300, 760, 110));
     auto* bar = new CInstrumentProgressBase(frame, wxID_ANY, CRect(100, 200, 600, 56));
-    frame->Show();
-    vtxtest::Pump(20);
 
     constexpr int kRounds = 5000;
     std::atomic<bool> done{false};
@@ -84,8 +81,6 @@ TEST(ControlsStress, WorkerSetsWhileTheGuiThreadPaints) {
     EXPECT_EQ(field->paints, paints);
     // A repaint asked for from another thread, for a field destroyed before it is served, is dropped.
     std::thread([field] { field->SetText("Done..."); }).join();
-    frame->Destroy();
-    vtxtest::Pump(20);
 }
 
 }  // namespace

@@ -10,7 +10,8 @@
 #include <vector>
 
 #include "app/WorkerThread.h"
-#include "tests/foundation/TestFiles.h"
+#include "tests/common/TestFiles.h"
+#include "tests/update/RecordingScreen.h"
 #include "update/Update.h"
 #include "update/locations/InstrumentLocations.h"
 #include "update/UpdateView.h"
@@ -18,12 +19,6 @@
 using vtxtest::ReadFile;
 
 namespace {
-
-struct CRecordingScreen : CUpdateScreen {
-    std::vector<std::string> texts;
-    void ShowStatusText(const std::string& t) override { texts.push_back(t); }
-    void ShowProgress(int, int) override {}
-};
 
 void WriteFile(const std::string& path, const std::string& content, time_t mtime) {
     std::ofstream(path, std::ios::binary) << content;
@@ -33,10 +28,10 @@ void WriteFile(const std::string& path, const std::string& content, time_t mtime
 
 class UpdateSteps : public ::testing::Test {
 protected:
-    // Each case starts from the same instrument (one log, current runtime link); only in the sandbox.
+    // Each case starts from the same instrument (one log, current runtime link).
     void SetUp() override {
         ASSERT_EQ(
-            std::system("[ -n \"$ROOT\" ] && rm -rf /home/vtx/Code/*.log /home/vtx/Code/zip /media/usb/*.log /home/vtx/Code/Old"
+            std::system("rm -rf /home/vtx/Code/*.log /home/vtx/Code/zip /media/usb/*.log /home/vtx/Code/Old"
                         " && mkdir -p /media/usb/update && echo aux > /media/usb/update/zip"),
             0);
         WriteFile("/home/vtx/Code/instrument.log", "old\r\n", 1000000000);
@@ -72,7 +67,7 @@ TEST_F(UpdateSteps, SpecialCommandSetAfterTheStartStillCounts) {
 TEST(UpdateView, ActivationStartsOneProcedurePerRunAndAFailureFillsTheBar) {
     // Without an installed application the procedure fails at the backup (code 01), after it has
     // written its first lines: a second run would write them twice.
-    ASSERT_EQ(std::system("[ -n \"$ROOT\" ] && rm -rf /home/vtx/Code/*.log /home/vtx/Code/Application /media/usb/update"), 0);
+    ASSERT_EQ(std::system("rm -rf /home/vtx/Code/*.log /home/vtx/Code/Application /media/usb/update"), 0);
     std::ofstream("/home/vtx/Code/instrument.log", std::ios::binary) << "instrument log\r\n";
 
     CInstrumentViewUpdate view{CInstrumentViewCreatorNeeds{}};

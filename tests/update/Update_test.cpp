@@ -1,6 +1,8 @@
 // Pure parts of the update procedure: the texts service engineers read and the progress bar.
 #include "update/Update.h"
 
+#include "tests/update/RecordingScreen.h"
+
 #include <gtest/gtest.h>
 
 #include <ctime>
@@ -17,12 +19,6 @@ TEST(UpdateTexts, BackupStampAndThePlaceOfTheLogOnTheStick) {
     EXPECT_EQ(StickPathOfLog("nolog"), "");
     EXPECT_EQ(UpdateThreadMain(nullptr), 1ul);
 }
-
-struct CRecordingScreen : CUpdateScreen {
-    std::vector<std::pair<int, int>> progress;
-    void ShowStatusText(const std::string&) override {}
-    void ShowProgress(int v, int m) override { progress.emplace_back(v, m); }
-};
 
 TEST(UpdateProgress, StepRaisesMaximumAndPositionTogetherAndFillEndsFull) {
     CRecordingScreen screen;

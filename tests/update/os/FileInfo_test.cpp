@@ -1,6 +1,6 @@
 #include "update/os/FileInfo.h"
 
-#include "tests/foundation/TestFiles.h"
+#include "tests/common/TestFiles.h"
 
 #include <gtest/gtest.h>
 

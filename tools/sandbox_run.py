@@ -1,0 +1,142 @@
+"""A simulated instrument in the instrument sandbox, from Python: lays out a sandbox root, runs the
+update program on it, and reads what it left, all addressed by the instrument's own paths. Shared
+by the end-to-end scenarios (tests/e2e), the rehearsal (tools/rehearse) and the benchmarks (bench/).
+"""
+
+import hashlib
+import io
+import os
+import re
+import subprocess
+import tarfile
+from pathlib import Path
+
+TOOLS = os.path.dirname(os.path.abspath(__file__))
+SANDBOX, WITH_XVFB, SESSION = (os.path.join(TOOLS, t) for t in ("instrument-sandbox", "with-xvfb", "run-update-session"))
+# The instrument's and the stick's folders, and where each lies in the sandbox root.
+AREAS = {"/home/vtx/": "home/vtx/", "/media/usb/": "media/usb/", "/mnt/root-ro/": "rootro/",
+         "/usr/lib/i386-linux-gnu/": "usr-lib/i386-linux-gnu/", "/opt/": "opt/"}
+
+
+class Run:
+    """A sandbox root, addressed by the instrument's paths."""
+
+    def __init__(self, root):
+        self.root = root
+
+    def path(self, instrument_path):
+        for prefix, sub in (("/home/", "home/"), ("/media/", "media/"), ("/opt/", "opt/"),
+                            ("/mnt/root-ro/", "rootro/"), ("/usr/lib/", "usr-lib/")):
+            if instrument_path.startswith(prefix):
+                return os.path.join(self.root, sub + instrument_path[len(prefix):])
+        raise ValueError(instrument_path)
+
+    def read(self, instrument_path):
+        return Path(self.path(instrument_path)).read_bytes()
+
+    def write(self, instrument_path, data, mode=0o644):
+        p = Path(self.path(instrument_path))
+        p.parent.mkdir(parents=True, exist_ok=True)
+        p.write_bytes(data if isinstance(data, bytes) else data.encode())
+        p.chmod(mode)
+
+    def record(self, name, text=None):
+        """A file of ROOT/record; with text, written first (faults for the stand-in privileged tool)."""
+        p = Path(self.root, "record", name)
+        if text is not None:
+            p.write_text(text)
+        return p.read_text(encoding="utf-8", errors="replace") if p.exists() else ""
+
+    def privileged(self):
+        return self.record("privileged.log").splitlines()
+
+    def statuses(self):
+        return [s.replace("\\n", "\n").replace("\\r", "\r")
+                for s in re.findall(r"Event \[Update\] Status: (.*)$", self.record("stderr.log"), re.M)]
+
+    def session(self):
+        return self.record("session").split()
+
+    def files(self, content=lambda path, data: data):
+        """Every file and link on the instrument and the stick: the digest of content(path, data)
+        of a file, "-> target" of a link."""
+        files = {}
+        for area in AREAS:
+            base = self.path(area)
+            for folder, dirs, names in os.walk(base):
+                for n in names + [d for d in dirs if os.path.islink(os.path.join(folder, d))]:
+                    p = os.path.join(folder, n)
+                    key = area + os.path.relpath(p, base)
+                    files[key] = ("-> " + os.readlink(p) if os.path.islink(p)
+                                  else hashlib.sha256(content(key, Path(p).read_bytes())).hexdigest())
+        return files
+
+
+class Scenario:
+    """How to lay out the root (instrument-sandbox --init options, then setup(run)), how to run the
+    sandbox and the program, and what to expect of the run."""
+
+    def __init__(self, name, doc, layout=(), sandbox=(), args=(), setup=None, inside=None, path_stubs=None,
+                 expect=None, killed=False):
+        self.name, self.doc, self.setup, self.inside, self.path_stubs = name, doc, setup, inside, path_stubs
+        self.layout, self.sandbox, self.args = list(layout), list(sandbox), list(args)
+        self.expect, self.killed = expect, killed
+
+
+def prepare(sc, root, extra_setup=None, log="/home/vtx/Code/instrument.log"):
+    """Lays out the sandbox root of a scenario; returns the Run, with the files as they were."""
+    subprocess.run([SANDBOX, "--root", root, "--init"] + sc.layout, check=True)
+    run = Run(root)
+    for setup in filter(None, (sc.setup, extra_setup)):
+        setup(run)
+    run.log_before = run.read(log) if os.path.isfile(run.path(log)) else None
+    run.before = run.files()
+    return run
+
+
+def execute(sc, run, program, use_display=False, extra_args=()):
+    """Runs the program on the prepared root; returns the sandbox's console output."""
+    env = dict(os.environ, HOME="/home/vtx")  # the instrument's user
+    env.setdefault("VTX_SESSION_TIMEOUT", "90")
+    env["PATH"] = os.path.join(run.root, "stubs") + ":" + env.get("PATH", "/usr/bin:/bin")
+
+    def script(name, text):
+        path = Path(run.root, name)
+        path.parent.mkdir(exist_ok=True)
+        path.write_text(text)
+        path.chmod(0o755)
+        return str(path)
+    for tool, body in (sc.path_stubs or {}).items():
+        script("stubs/" + tool, "#!/bin/sh\n" + body)
+    cmd = [SANDBOX, "--root", run.root] + sc.sandbox
+    cmd += ["--inside-setup", script("inside-setup.sh", sc.inside)] if sc.inside else []
+    cmd += ["--"] + ([] if use_display else [WITH_XVFB]) + [SESSION, os.path.abspath(program)] + sc.args
+    proc = subprocess.run(cmd + list(extra_args), env=env, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    return proc.stdout.decode(errors="replace")
+
+
+# Set-up steps of a layout.
+def put(path, data, mode=0o644):
+    return lambda run: run.write(path, data, mode)
+
+
+def gone(path):
+    return lambda run: os.remove(run.path(path))
+
+
+def both(*steps):
+    def setup(run):
+        for step in steps:
+            step(run)
+    return setup
+
+
+def package(*members):
+    """A gzipped tar of (name, data) members; a str for data makes a symbolic link to it."""
+    buf = io.BytesIO()
+    with tarfile.open(fileobj=buf, mode="w:gz", format=tarfile.GNU_FORMAT) as tar:
+        for name, data in members:
+            info, link = tarfile.TarInfo(name), isinstance(data, str)
+            info.type, info.linkname, info.size = (tarfile.SYMTYPE, data, 0) if link else (info.type, "", len(data))
+            tar.addfile(info, None if link else io.BytesIO(data))
+    return buf.getvalue()
