@@ -10,10 +10,12 @@
 // Files and keys
 
 std::string GetSettingsFilePath(int origin) {
-    static const char* const names[eSettingsOriginCount] = {"settings", "settings", "factory"};
-    static const char* const extensions[eSettingsOriginCount] = {".vtx", ".lmo", ".lmo"};
-    if (origin < 0 || origin >= eSettingsOriginCount) return std::string();
-    return JoinPath(GetApplicationFolder(), std::string(names[origin]) + extensions[origin]);
+    switch (origin) {
+        case eSettingsOriginUser: return GetUserSettingsFile();
+        case eSettingsOriginUserSecond: return GetSecondSettingsFile();
+        case eSettingsOriginFactory: return GetFactorySettingsFile();
+        default: return std::string();
+    }
 }
 
 const std::string& GetInstrumentKey(eInstrumentKey key) {

@@ -220,17 +220,17 @@ bool CUpdateProcedure::UpdateOperatingSystem() {
     };
     WriteLine("version incorrect - updating OS");
     const std::string replacement = JoinPath(GetUsbUpdateFolder(), GetRuntimeLibraryName());
-    const std::string rootImage = GetRootImageFolder();
     if (!FileExists(replacement)) return fail("FAIL - no prerequisites on USB");
     WriteLine("prerequisites exists on USB");
     if (!FileExists(GetPrivilegedTool())) return fail("FAIL - no prerequisites on disk");
     WriteLine("prerequisites exists on disk");
-    if (!RunPrivileged("mount -o remount,rw " + rootImage)) return fail("FAIL - cannot mount OS");
+    if (!RunPrivileged(NS_ShellCommand::RemountWritable(GetRootImageFolder()))) return fail("FAIL - cannot mount OS");
     WriteLine("remounted OS");
-    if (!RunPrivileged("cp " + replacement + " " + rootImage + GetRuntimeLibraryTarget()))
+    if (!RunPrivileged(NS_ShellCommand::CopyPlain(replacement, GetRootImageRuntimeLibraryTarget())))
         return fail("FAIL - cannot copy prerequisites to OS");
     WriteLine("copied prerequisites to OS");
-    if (!RunPrivileged("ln -sf " + GetRuntimeLibraryTarget() + " " + rootImage + GetRuntimeLibraryLink()))
+    // The link names the target as the running system will see it after the reboot.
+    if (!RunPrivileged(NS_ShellCommand::LinkSymbolic(GetRuntimeLibraryTarget(), GetRootImageRuntimeLibraryLink())))
         return fail("FAIL - cannot link prerequisites");
     WriteLine("link changed");
     return true;

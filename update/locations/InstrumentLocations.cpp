@@ -15,6 +15,8 @@ std::string Root(const char* first, const char* second) { return Separator() + f
 
 std::string ToolsFolder() { return Join(GetUserHomeFolder(), "bin"); }
 
+std::string FirmwareFolder() { return Join(Join(Root("sys", "class"), "dmi"), "id"); }
+
 }  // namespace
 
 std::string GetPathSeparator() { return Separator(); }
@@ -70,3 +72,15 @@ std::string GetRootImageFolder() { return Root("mnt", "root-ro"); }
 std::string GetPrivilegedTool() { return Join(ToolsFolder(), "VtxSecret"); }
 std::string GetHostNameTool() { return Join(ToolsFolder(), "VtxHostname"); }
 std::string GetFileSystemTableTool() { return Join(ToolsFolder(), "append_fstab"); }
+
+std::string GetUserSettingsFile() { return Join(GetApplicationFolder(), "settings.vtx"); }
+std::string GetSecondSettingsFile() { return Join(GetApplicationFolder(), "settings.lmo"); }
+std::string GetFactorySettingsFile() { return Join(GetApplicationFolder(), "factory.lmo"); }
+
+// The root image is the running system's root, so each path of the system lies under it as is.
+std::string GetRootImageRuntimeLibraryLink() { return GetRootImageFolder() + GetRuntimeLibraryLink(); }
+std::string GetRootImageRuntimeLibraryTarget() { return GetRootImageFolder() + GetRuntimeLibraryTarget(); }
+
+std::string GetShutdownTool() { return Root("sbin", "shutdown"); }
+std::string GetFirmwareVendorFile() { return Join(FirmwareFolder(), "bios_vendor"); }
+std::string GetFirmwareVersionFile() { return Join(FirmwareFolder(), "bios_version"); }

@@ -26,7 +26,6 @@
 #include <cstdlib>
 #include <mutex>
 
-const char* const kShutdownProgram = "/sbin/shutdown";
 const char* const kPartialCopyName = ".vtx-partial-copy";
 
 namespace {
@@ -108,11 +107,14 @@ bool RemoveTree(const std::string& folder) {
     return rmdir(folder.c_str()) == 0 && removed;
 }
 
+// The one caller of the C library's system(): the raw status as the wait call delivers it.
+int RunShellCommandRaw(const std::string& command) { return std::system(command.c_str()); }
+
 }  // namespace
 
 std::string GetShutdownProgram() {
     std::lock_guard<std::mutex> lock(g_shutdownProgramMutex);
-    return g_shutdownProgramOverride.empty() ? std::string(kShutdownProgram) : g_shutdownProgramOverride;
+    return g_shutdownProgramOverride.empty() ? GetShutdownTool() : g_shutdownProgramOverride;
 }
 
 void SetShutdownProgramForTesting(const std::string& program) {
@@ -121,7 +123,7 @@ void SetShutdownProgramForTesting(const std::string& program) {
 }
 
 int RunShellCommand(const std::string& command) {
-    const int status = std::system(command.c_str());
+    const int status = RunShellCommandRaw(command);
     if (status == -1 || !WIFEXITED(status)) return -1;
     return WEXITSTATUS(status);
 }
@@ -136,7 +138,7 @@ bool ShutDownComputer(int mode) {
 }
 
 bool SetComputerHostName(const std::string& name) {
-    const int status = std::system(NS_ShellCommand::SetHostName(name).c_str());
+    const int status = RunShellCommandRaw(NS_ShellCommand::SetHostName(name));
     VtxDebugTrace(kModule, "SetHostName", "SetHostName Res = %i\n", status);
     return status == 0;
 }
@@ -208,14 +210,14 @@ void SetCursorVisible(bool visible) {
 }
 
 SFirmwareIdentification GetFirmwareIdentification() {
-    auto firstLine = [](const char* path) {
+    auto firstLine = [](const std::string& path) {
         CTextFileReader reader(256);
         if (!reader.Open(path)) return std::string();
         return reader.ReadLine();
     };
     SFirmwareIdentification id;
-    id.vendor = firstLine("/sys/class/dmi/id/bios_vendor");
-    id.version = firstLine("/sys/class/dmi/id/bios_version");
+    id.vendor = firstLine(GetFirmwareVendorFile());
+    id.version = firstLine(GetFirmwareVersionFile());
     id.text = id.vendor;
     if (!id.text.empty() && !id.version.empty()) id.text += ' ';
     id.text += id.version;
@@ -279,17 +281,7 @@ int MountNetworkShare(const std::string& sharePath, const std::string& mountPoin
         (point.st_dev != parent.st_dev || point.st_ino == parent.st_ino)) {
         return 0;
     }
-
-    std::string share;
-    for (char c : sharePath) {
-        if (c == ' ') {
-            share += "\\040";
-        } else {
-            share += c;
-        }
-    }
-    const std::string line = std::string("//") + GetProductionFileServer() + "/" + share + " " + mountPoint +
-                             " cifs " + "username=" + userName + ",password=" + password;
-    RunShellCommand(NS_ShellCommand::AppendFileSystemTable(line + ",noauto,user,rw 0 0"));
+    RunShellCommand(NS_ShellCommand::AppendShareToFileSystemTable(GetProductionFileServer(), sharePath, mountPoint,
+                                                                  userName, password));
     return RunShellCommand(NS_ShellCommand::Mount(mountPoint));
 }

@@ -25,9 +25,6 @@ struct SFirmwareIdentification {
     std::string text;     // "vendor version" (only the one that is present when the other is empty)
 };
 
-// "/sbin/shutdown"
-extern const char* const kShutdownProgram;
-
 // mode 2 restarts, anything else powers off. When the plain command runs but fails, it is run
 // again through the privileged tool. True when one of the runs ended with exit code 0.
 bool ShutDownComputer(int mode);
@@ -85,5 +82,5 @@ int MountNetworkShare(const std::string& sharePath, const std::string& mountPoin
 
 // Test seams.
 std::string GetShutdownProgram();
-// Another program in place of kShutdownProgram; empty restores it.
+// Another program in place of GetShutdownTool(); empty restores it.
 void SetShutdownProgramForTesting(const std::string& program);

@@ -28,7 +28,28 @@ std::string PrivilegedReboot() { return GetPrivilegedTool() + " reboot"; }
 
 std::string SetHostName(const std::string& name) { return GetHostNameTool() + " " + name; }
 
-std::string AppendFileSystemTable(const std::string& line) { return GetFileSystemTableTool() + " '" + line + "'"; }
+std::string RemountWritable(const std::string& mountPoint) { return "mount -o remount,rw " + mountPoint; }
+
+std::string CopyPlain(const std::string& from, const std::string& to) { return "cp " + from + " " + to; }
+
+std::string LinkSymbolic(const std::string& target, const std::string& link) {
+    return "ln -sf " + target + " " + link;
+}
+
+std::string AppendShareToFileSystemTable(const std::string& server, const std::string& sharePath,
+                                         const std::string& mountPoint, const std::string& userName,
+                                         const std::string& password) {
+    std::string share;
+    for (char c : sharePath) {
+        if (c == ' ') {
+            share += "\\040";
+        } else {
+            share += c;
+        }
+    }
+    return GetFileSystemTableTool() + " '//" + server + "/" + share + " " + mountPoint + " cifs username=" +
+           userName + ",password=" + password + ",noauto,user,rw 0 0'";
+}
 
 std::string Mount(const std::string& mountPoint) { return "mount " + mountPoint; }
 

@@ -19,11 +19,21 @@ std::string Privileged(const std::string& command);
 // "reboot" is a word of the privileged tool itself, given bare.
 std::string PrivilegedReboot();
 
+// What the operating-system update has the privileged tool run, on fixed paths of the instrument
+// and the stick, bare: the root image remounted writable, the runtime copied into it, and its link
+// pointed at the runtime.
+std::string RemountWritable(const std::string& mountPoint);
+std::string CopyPlain(const std::string& from, const std::string& to);
+std::string LinkSymbolic(const std::string& target, const std::string& link);
+
 // The host-name tool takes the name bare, as the instrument's set-up dialog has always passed it.
 std::string SetHostName(const std::string& name);
-// The file-system table tool takes the whole table line in single quotes, not escaped: the line
-// is made of site configuration and the share's own names.
-std::string AppendFileSystemTable(const std::string& line);
+// The file-system table tool takes the share's whole table line in single quotes, not escaped:
+// the line is made of site configuration and the share's own names; a blank in the share path is
+// written \040, as the table wants it.
+std::string AppendShareToFileSystemTable(const std::string& server, const std::string& sharePath,
+                                         const std::string& mountPoint, const std::string& userName,
+                                         const std::string& password);
 // Paths of the instrument, bare: they hold no blank and no character the shell would read.
 std::string Mount(const std::string& mountPoint);
 std::string Shutdown(const std::string& program, int mode);
