@@ -81,11 +81,10 @@ CInstrumentMain::CInstrumentMain(CInstrumentBase* drawingContext)
     m_specialCommand = GetSpecialCommandFromCommandLine();
 
     // The views draw with their own instrument object over the same font, rectangle and parent.
-    static CRect viewRect = drawingContext && drawingContext->GetClientRect() ? *drawingContext->GetClientRect()
-                                                                                : CRect();
+    m_viewRect = drawingContext && drawingContext->GetClientRect() ? *drawingContext->GetClientRect() : CRect();
     GetViewInstrumentBase().Delete();
     GetViewInstrumentBase().Set(new CInstrumentBase(drawingContext ? drawingContext->GetDefaultFont() : nullptr,
-                                                    &viewRect,
+                                                    &m_viewRect,
                                                     drawingContext ? drawingContext->GetParentWindow() : nullptr));
 
     SetCursorVisible(false);

@@ -12,6 +12,7 @@
 #include "app/WorkerThread.h"
 #include "foundation/InstrumentEnums.h"
 #include "log/InstrumentLog.h"
+#include "ui/Geometry.h"
 
 class CInstrumentBase;
 class CInstrumentViewInterface;
@@ -65,4 +66,6 @@ public:
 private:
     eUpdateCommandLineSpecialCmdParamCmd m_specialCommand = 0;
     bool m_tickThreadStarted = false;
+    // The client rectangle of the view-side instrument object, which goes before this.
+    CRect m_viewRect;
 };
