@@ -62,22 +62,6 @@ TEST(ComputerControlFiles, CopyReplacesTheRealNameWholeOrNotAtAll) {
     EXPECT_FALSE(Exists(partial));
 }
 
-TEST(ComputerControlFiles, ExistsAndCreateFolder) {
-    CTestFolder folder;
-    ASSERT_TRUE(WriteFile(folder / "one.log", ""));
-    EXPECT_TRUE(FileExists(folder / "one.log"));
-    EXPECT_TRUE(FileExists(folder / "*.log"));
-    EXPECT_TRUE(FileExists(folder.Path()));
-    EXPECT_FALSE(FileExists(folder / "*.txt"));
-    EXPECT_FALSE(FileExists(""));
-
-    EXPECT_TRUE(CreateFolder(folder / "Old"));
-    EXPECT_TRUE(CreateFolder(folder / "Old"));  // an existing folder is fine
-    EXPECT_TRUE(std::filesystem::is_directory(folder / "Old"));
-    EXPECT_TRUE(CreateFolder(folder / "one.log"));  // so is any existing name: the next step fails
-    EXPECT_FALSE(CreateFolder(folder / "no/such/parent"));
-}
-
 TEST(ComputerControlFiles, RemoveFolderTreeRemovesWhatItMatchesAndFollowsNoLink) {
     CTestFolder folder;
     const std::string outside = folder / "outside", tree = folder / "NEW";
@@ -105,24 +89,11 @@ TEST(ComputerControlFiles, RemoveFolderTreeRemovesWhatItMatchesAndFollowsNoLink)
     EXPECT_TRUE(Exists(tree + "/sub/.hidden"));
 }
 
-TEST(ComputerControlCommands, CommandOutputCollectsStandardOutputWhole) {
+TEST(ComputerControlCommands, CommandOutputAndExitStatus) {
+    // Pieces of 128 bytes: one byte more, and embedded NULs, come through whole; only standard
+    // output is collected, whatever the exit status.
     bool ok = false;
-    EXPECT_EQ(RunCommandOutput("true", ok), "");
+    EXPECT_EQ(RunCommandOutput("head -c 129 /dev/zero; echo hidden >&2; exit 3", ok), std::string(129, '\0'));
     EXPECT_TRUE(ok);
-    EXPECT_EQ(RunCommandOutput("printf 'line 1\\nline 2'", ok), "line 1\nline 2");
-    // Pieces of 128 bytes: one byte more, and embedded NULs, must come through whole.
-    EXPECT_EQ(RunCommandOutput("head -c 129 /dev/zero", ok), std::string(129, '\0'));
-    // Only standard output is collected, and the exit status does not matter.
-    EXPECT_EQ(RunCommandOutput("echo visible; echo hidden >&2; exit 3", ok), "visible\n");
-    EXPECT_TRUE(ok);
-    const std::string output = RunCommandOutput("head -c 6000000 /dev/zero | tr '\\0' x", ok);
-    ASSERT_EQ(output.size(), 6000000u);
-    EXPECT_EQ(output.find_first_not_of('x'), std::string::npos);
-}
-
-TEST(ComputerControlCommands, ShellCommandGivesTheExitStatus) {
-    EXPECT_EQ(RunShellCommand("true"), 0);
-    EXPECT_EQ(RunShellCommand("exit 255"), 255);
-    EXPECT_EQ(RunShellCommand("/nonexistent/program 2>/dev/null"), 127);
-    EXPECT_EQ(RunShellCommand("kill -KILL $$"), -1);
+    EXPECT_EQ(RunShellCommand("kill -KILL $$"), -1);  // ended by a signal
 }
