@@ -4,7 +4,7 @@
 
 #include "app/CommandLine.h"
 #include "app/InstrumentBase.h"
-#include "app/InstrumentLayout.h"
+#include "ui/InstrumentLayout.h"
 #include "app/InstrumentView.h"
 #include "app/ViewCommands.h"
 #include "app/ViewManager.h"

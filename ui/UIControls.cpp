@@ -9,6 +9,7 @@
 #include <algorithm>
 
 #include "ui/ImageResources.h"
+#include "ui/InstrumentLayout.h"
 #include "ui/VisualComponents.h"
 
 // ---- repaint requests ----
@@ -269,12 +270,15 @@ void CInstrumentProgressBase::Render(wxDC& dc) {
 
 namespace {
 
+// The page's sizes, from the layout values of the selected display variant.
+int Metric(eLayoutMetric metric) { return GetInstrumentViewLayer().GetMetric(metric); }
+
 // The title: left-aligned in the header font, with a rule along the bottom of the band.
 class CUIHeaderTitle : public CTextField {
 public:
     CUIHeaderTitle(wxWindow* parent, const CRect& rect)
         : CTextField(parent, wxID_ANY, rect, eFontTypeHeaderTitle, wxALIGN_LEFT | wxALIGN_CENTRE_VERTICAL) {
-        SetMargin(CUIHeader::kTitleMargin);
+        SetMargin(Metric(eLayoutTitleMargin));
     }
 
 protected:
@@ -299,7 +303,7 @@ CUIHeader::~CUIHeader() {
 }
 
 CRect CUIHeader::HeaderRect(const CRect& viewRect) {
-    return CRect(0, 0, viewRect.width, std::min<int>(kHeaderHeight, std::max(0, viewRect.height)));
+    return CRect(0, 0, viewRect.width, std::min(Metric(eLayoutHeaderHeight), std::max(0, viewRect.height)));
 }
 
 CUIBase::CUIBase(wxWindow* parent, const CRect& viewRect) : m_parent(parent), m_body(BodyRect(viewRect)) {}
@@ -313,7 +317,7 @@ CRect CUIBase::BodyRect(const CRect& viewRect) {
 
 CRect CUIBase::GetProgressBarRect() const {
     const int width = m_body.width * 3 / 4;
-    const int height = std::min(56, m_body.height / 4);
+    const int height = std::min(Metric(eLayoutProgressBarHeight), m_body.height / 4);
     return CRect(m_body.x + (m_body.width - width) / 2, m_body.y + m_body.height * 2 / 5 - height / 2, width,
                  height);
 }
@@ -321,6 +325,7 @@ CRect CUIBase::GetProgressBarRect() const {
 CRect CUIBase::GetStatusLineRect() const {
     const CRect bar = GetProgressBarRect();
     const int top = bar.GetBottom() + 1 + 32;
-    const int height = std::max(0, std::min(110, m_body.GetBottom() + 1 - top));
-    return CRect(m_body.x + 24, top, std::max(0, m_body.width - 48), height);
+    const int height = std::max(0, std::min(Metric(eLayoutStatusLineHeight), m_body.GetBottom() + 1 - top));
+    const int margin = Metric(eLayoutBodyMargin);
+    return CRect(m_body.x + margin, top, std::max(0, m_body.width - 2 * margin), height);
 }

@@ -137,8 +137,6 @@ private:
 // The page header: a band across the top of the view with the page title.
 class CUIHeader {
 public:
-    enum { kHeaderHeight = 80, kTitleMargin = 24 };
-
     // viewRect: the view's rectangle; the header is placed by its size, in the view's coordinates.
     CUIHeader(wxWindow* parent, const CRect& viewRect);
     virtual ~CUIHeader();

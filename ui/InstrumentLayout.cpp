@@ -1,4 +1,4 @@
-#include "app/InstrumentLayout.h"
+#include "ui/InstrumentLayout.h"
 
 #include <atomic>
 
