@@ -45,7 +45,7 @@ void ReportToolkitAssert(const wxString& file, int line, const wxString& functio
 }
 
 // What the screen shows, for the benchmarks (bench/run-bench) and the screenshots of the
-// end-to-end runs (tools/screenshot). With VTX_BENCH_PAINTS in the environment, every paint of a
+// end-to-end runs (tools/screenshot). With VTX_REPORT_PAINTS in the environment, every paint of a
 // window is reported on stderr as "vtx-bench paint <seconds> <class>" when it starts and as
 // "vtx-bench drawn <seconds> <class>" once its drawing pass has been handled (so what it drew is
 // on the display), and after the first pass also "vtx-bench first-paint <seconds>". The seconds
@@ -144,7 +144,7 @@ bool CServerApp::OnInit() {
     // The toolkit logs to the console too; its default GUI target would open message boxes.
     delete wxLog::SetActiveTarget(new wxLogStderr);
     wxSetAssertHandler(&ReportToolkitAssert);
-    if (std::getenv("VTX_BENCH_PAINTS") && !g_paintProbe) {
+    if (std::getenv("VTX_REPORT_PAINTS") && !g_paintProbe) {
         g_paintProbe = new CPaintProbe;
         wxEvtHandler::AddFilter(g_paintProbe);
     }

@@ -1,7 +1,7 @@
 // The yardstick for the update program's start-up, memory and idle figures: the least that a
 // program of the same toolkit does to put a borderless frame over the whole display and paint it.
 // It reports its paints on stderr in the same lines as the update program's probe
-// (VTX_BENCH_PAINTS), always, and stays up until SIGTERM or SIGINT.
+// (VTX_REPORT_PAINTS), always, and stays up until SIGTERM or SIGINT.
 #include <wx/app.h>
 #include <wx/dcclient.h>
 #include <wx/frame.h>

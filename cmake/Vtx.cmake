@@ -37,11 +37,6 @@ set(VTX_TOOLS_DIR ${CMAKE_SOURCE_DIR}/tools)
 # vtx_library(name SOURCES ... DEPS ...): one subsystem library.
 function(vtx_library name)
   cmake_parse_arguments(A "" "" "SOURCES;DEPS" ${ARGN})
-  if(NOT A_SOURCES)
-    # A subsystem whose sources are still to come builds as an empty library.
-    set(A_SOURCES ${CMAKE_CURRENT_BINARY_DIR}/${name}_empty.cpp)
-    file(WRITE ${A_SOURCES} "")
-  endif()
   add_library(${name} STATIC ${A_SOURCES})
   target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
   target_link_libraries(${name} PUBLIC vtx_wx PRIVATE vtx_warnings)

@@ -13,9 +13,6 @@ std::string ToUtf8(const wxString& text) { return text.utf8_string(); }
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------
-// CInstrumentTimeSpan
-
-// ---------------------------------------------------------------------------------------------
 // CInstrumentTime
 
 CInstrumentTime::CInstrumentTime(int day, int month, int year, int hour, int minute, int second) {

@@ -24,8 +24,7 @@ const std::string* GetLanguageTable(int language) {
 
 namespace {
 
-// The program-wide remembered labels. Grown by doubling, so that remembering stays cheap however
-// many controls a screen labels; entries are never removed.
+// The program-wide remembered labels; entries are never removed.
 std::vector<CInstrumentLanguage::CTextFieldLanguageId>& RememberedLabels() {
     static std::vector<CInstrumentLanguage::CTextFieldLanguageId> labels;
     return labels;
@@ -33,7 +32,6 @@ std::vector<CInstrumentLanguage::CTextFieldLanguageId>& RememberedLabels() {
 
 void Remember(const CInstrumentLanguage::CTextFieldLanguageId& label) {
     std::vector<CInstrumentLanguage::CTextFieldLanguageId>& labels = RememberedLabels();
-    if (labels.size() == labels.capacity()) labels.reserve(labels.empty() ? 16 : 2 * labels.capacity());
     labels.push_back(label);
 }
 

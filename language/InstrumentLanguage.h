@@ -14,8 +14,8 @@
 class CTextBearingControl;
 
 // Where the current display language comes from: the language setting, or another object of the
-// instrument that knows it. The operations keep their slots after the destructor pair: the third
-// answers the text lookups, the fourth the second query of the language object.
+// instrument that knows it. GetLanguage answers the text lookups, GetLanguageValue the language
+// object's question whether the language is a Romance one.
 class CInstrumentLanguageSource {
 public:
     virtual ~CInstrumentLanguageSource() = default;

@@ -251,7 +251,7 @@ bool CUpdateProcedure::BackUpOldVersion() {
     }
     // Named after the application, with the time it was last written.
     const std::string backup =
-        JoinPath(backupFolder, GetApplicationFileName(2) + "_" + FormatBackupTimeStamp(modified));
+        JoinPath(backupFolder, GetInstrumentApplicationFileName() + "_" + FormatBackupTimeStamp(modified));
     if (!CopyFile(application, backup)) {
         ShowCode(eCodeBackupCopy);
         return false;
@@ -262,7 +262,7 @@ bool CUpdateProcedure::BackUpOldVersion() {
 
 bool CUpdateProcedure::InstallNewVersion() {
     const bool chinese = FileExists(GetChineseVariantMarker());
-    const std::string fileName = chinese ? GetChineseApplicationFileName() : GetApplicationFileName(2);
+    const std::string fileName = chinese ? GetChineseApplicationFileName() : GetInstrumentApplicationFileName();
     const std::string newBuild = JoinPath(GetNewBuildFolder(), fileName);
     // The check's sense is inverted and stays so: a zero exit status stops the installation.
     if (RunShellCommand(NS_ShellCommand::LibraryCheck(newBuild)) == 0) {

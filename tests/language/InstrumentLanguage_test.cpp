@@ -65,7 +65,7 @@ TEST(InstrumentLanguageLookup, IdsAndLanguagesOfEveryRange) {
         EXPECT_EQ(def.GetTextForLanguage(c.id, c.language), c.text) << c.id << "/" << c.language;
     EXPECT_EQ(&def.GetTextForLanguage(567, eLanguageJapanese), &GetLanguageTable(eLanguageJapanese)[567]);
 
-    // The lookups ask the source's third operation, the second query its fourth.
+    // The lookups ask the source's language, the Romance question its language value.
     CFixedLanguage source(eLanguageGerman);
     const CInstrumentLanguageDef followed(&source);
     const std::string& german = followed.GetText(422);

@@ -15,6 +15,10 @@ std::string Root(const char* first, const char* second) { return Separator() + f
 
 std::string ToolsFolder() { return Join(GetUserHomeFolder(), "bin"); }
 
+// The file-name version that the instrument's own programs pass: from 1 on the names have no
+// ".exe", which only the framework's ports to the other operating system used.
+constexpr int kInstrumentFileNameVersion = 2;
+
 std::string FirmwareFolder() { return Join(Join(Root("sys", "class"), "dmi"), "id"); }
 
 }  // namespace
@@ -41,7 +45,7 @@ std::string GetFontFolder() { return Join(GetUserHomeFolder(), "jfonts"); }
 
 std::string GetApplicationFileName(int version) { return version >= 1 ? "Application" : "Application.exe"; }
 std::string GetUpdateProgramFileName(int version) { return version >= 1 ? "update" : "update.exe"; }
-std::string GetChineseApplicationFileName() { return GetApplicationFileName(2) + "_Chinese"; }
+std::string GetChineseApplicationFileName() { return GetInstrumentApplicationFileName() + "_Chinese"; }
 std::string GetAuxiliaryFileName() { return "zip"; }
 std::string GetRuntimeLibraryName() { return "libstdc++.so.6.0.22"; }
 
@@ -58,7 +62,7 @@ std::string GetUserManual() {
 }
 std::string GetFactoryQcFile() { return Join(GetApplicationFolder(), "FactoryQC.vtx"); }
 
-std::string GetApplicationFile() { return Join(GetApplicationFolder(), GetApplicationFileName(2)); }
+std::string GetApplicationFile() { return Join(GetApplicationFolder(), GetInstrumentApplicationFileName()); }
 std::string GetNewBuildFolder() { return Join(GetApplicationFolder(), GetNewBuildFolderName()); }
 std::string GetBackupFolder() { return Join(GetApplicationFolder(), "Old"); }
 std::string GetUsbUpdateFolder() { return Join(GetUsbMountPoint(), GetUpdateFolderName()); }
@@ -82,5 +86,6 @@ std::string GetRootImageRuntimeLibraryLink() { return GetRootImageFolder() + Get
 std::string GetRootImageRuntimeLibraryTarget() { return GetRootImageFolder() + GetRuntimeLibraryTarget(); }
 
 std::string GetShutdownTool() { return Root("sbin", "shutdown"); }
+std::string GetInstrumentApplicationFileName() { return GetApplicationFileName(kInstrumentFileNameVersion); }
 std::string GetFirmwareVendorFile() { return Join(FirmwareFolder(), "bios_vendor"); }
 std::string GetFirmwareVersionFile() { return Join(FirmwareFolder(), "bios_version"); }

@@ -81,5 +81,6 @@ std::string GetRootImageRuntimeLibraryTarget();  // the same with GetRuntimeLibr
 
 // The system's tools and files the framework reads or runs.
 std::string GetShutdownTool();         // "/sbin/shutdown"
+std::string GetInstrumentApplicationFileName();  // "Application": the name on the instrument, never ".exe"
 std::string GetFirmwareVendorFile();   // "/sys/class/dmi/id/bios_vendor"
 std::string GetFirmwareVersionFile();  // "/sys/class/dmi/id/bios_version"
