@@ -84,7 +84,9 @@ tsan:
 	$(MAKE) check BUILD=build-tsan CMAKE_ARGS="-DVTX_SANITIZE=thread -DCMAKE_BUILD_TYPE=Debug" CTEST_ENV="$(SAN_ENV)" \
 	        CTEST_ARGS="$(SAN_SKIP) $(CTEST_ARGS)"
 
-# Line and branch coverage per folder of the whole suite, end-to-end runs included (gcovr).
+# Line and branch coverage per folder of the program (gcovr; the folders are the layout table's) from
+# the suite, end-to-end runs included, less what runs no code of the program: the labels bench,
+# package and tooling and the generator's tests (GenTexts), as in the sanitizer passes.
 coverage:
 	find build-coverage -name '*.gcda' -delete 2>/dev/null || true
 	$(MAKE) check BUILD=build-coverage CMAKE_ARGS="-DVTX_COVERAGE=ON -DCMAKE_BUILD_TYPE=Debug" \
