@@ -71,24 +71,13 @@ class ReferenceScript(unittest.TestCase):
         finally:
             shutil.rmtree(root, ignore_errors=True)
 
-    def assert_same(self, scenario):
-        program = self.outcome(scenario, use_script=False)
-        script = self.outcome(scenario, use_script=True)
-        self.assertEqual(program["privileged"], script["privileged"])
-        self.assertEqual(program["rebooted"], script["rebooted"])
-        differing = sorted(k for k in set(program["files"]) | set(script["files"])
-                           if program["files"].get(k) != script["files"].get(k))
-        self.assertEqual(differing, [], "files that the script leaves otherwise than the program")
-
-    def test_full_update_as_benchmarked(self):
-        self.assert_same(load_run_bench().happy_layout())
-
-    def test_operating_system_update(self):
-        self.assert_same(e2e.SCENARIOS["relative_link"])
-
-    def test_chinese_variant_and_day_first_log(self):
-        sc = e2e.Scenario("chinese_eu", "", layout=["--chinese"], setup=e2e.SCENARIOS["day_first_prefix"].setup)
-        self.assert_same(sc)
+    def test_script_leaves_what_the_program_leaves(self):
+        # The full update as benchmarked, the operating-system update, the Chinese variant with a
+        # day-first log; the privileged commands, the reboot and the files, all the same.
+        chinese_eu = e2e.Scenario("chinese_eu", "", layout=["--chinese"], setup=e2e.SCENARIOS["day_first_prefix"].setup)
+        for scenario in (load_run_bench().happy_layout(), e2e.SCENARIOS["relative_link"], chinese_eu):
+            with self.subTest(scenario.name):
+                self.assertEqual(self.outcome(scenario, use_script=False), self.outcome(scenario, use_script=True))
 
 
 class PaintReports(unittest.TestCase):
@@ -109,9 +98,7 @@ class PaintReports(unittest.TestCase):
             with self.subTest(program=name):
                 answer = self.inside("startup", PROGRAMS[name])
                 self.assertNotIn("error", answer)
-                # From exec to the first paint: positive, and well within the time allowed.
-                self.assertGreater(answer["startup"], 0)
-                self.assertLess(answer["startup"], 30)
+                self.assertGreater(answer["startup"], 0)  # from exec to the first paint; how long is run-bench's
                 self.assertGreater(answer["peak_rss_kib"], 1024)
 
     def test_probe_only_when_asked_and_first_pass_once(self):
