@@ -26,7 +26,9 @@ done
 echo "planted zip" > /media/usb/update/zip
 ln -s /usr/bin/false /home/vtx/bin/VtxSecret
 
-tree() { find /home /media /opt /mnt /usr/lib/i386-linux-gnu -printf '%p %y %m %s %l\n' -type f -exec md5sum {} + | sort; }
+tree() {
+  find /home /media /opt /mnt /usr/lib/i386-linux-gnu -printf '%p %y %m %s %l\n' -type f -exec md5sum {} + | sort
+}
 before=$(tree)
 failures=0
 for binary in "$@"; do
