@@ -13,7 +13,8 @@
 namespace {
 
 namespace fs = std::filesystem;
-const std::string kRoot = std::string(__FILE__).substr(0, std::string(__FILE__).rfind("/tests/language/"));
+// The repository, from the build: __FILE__ is relative when ccache rewrites paths.
+const std::string kRoot = VTX_SOURCE_DIR;
 
 std::string Entry(int id, const std::string& text, const std::string& flags = "") {
     return (flags.empty() ? "" : "#, " + flags + "\n") + "msgctxt \"" + std::to_string(id) +
