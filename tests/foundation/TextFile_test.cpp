@@ -33,8 +33,7 @@ TEST_F(TextFile, ReaderLineEnds) {
         {nine + "\n" + nine + "\r\n", 10, {nine, nine, ""}},
         // A longer line comes in pieces, none of it lost.
         {nine + nine + "xx\r\nafter", 10, {nine, nine, "xx", "after"}},
-        {"", 1000, {}},
-    };
+    };  // that reading ends, on any file, with nothing more to read is fuzz_text_file's
     const std::string path = m_folder / "lines.txt";
     CTextFileReader reused(1000);  // reopening a used reader starts afresh
     for (const auto& c : cases) {
@@ -46,8 +45,6 @@ TEST_F(TextFile, ReaderLineEnds) {
         std::vector<std::string> lines;
         while (!used.IsEof() && lines.size() < 100) lines.push_back(used.ReadLine());
         EXPECT_EQ(lines, c.lines);
-        EXPECT_EQ(used.ReadLine(), "");  // reading on at the end gives nothing
-        EXPECT_TRUE(used.IsEof());
     }
 }
 
