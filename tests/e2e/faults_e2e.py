@@ -5,7 +5,7 @@ import hashlib
 import os
 import time
 
-from update_e2e import (APPLICATION, BACKED, BACKED_UP, COPY_FOLDERS, CURRENT, DONE, DONE_LOG, EXTRAS, EXTRAS_LOG,
+from update_e2e import (APPLICATION, BACKED, BACKUP, BACKED_UP, COPY_FOLDERS, CURRENT, DONE, DONE_LOG, EXTRAS, EXTRAS_LOG,
                         FONT_HEAD, FRESH, INSTALLED, LOG, OS_UPDATE, PARTIAL, RUNTIME_ON_STICK, SUCCESS, WITH_EXTRAS,
                         add, appended_lines, both, check, gone, log_is, matches, outcome, package, put)
 
@@ -24,9 +24,11 @@ def old_build(data):
 add("disk_full_auxiliary", "the code folder is too small for the auxiliary file",
     outcome("Could not copy file(s): auxillary files", ["P could not copy auxillary files"], FRESH),
     setup=put("/media/usb/update/zip", big(2 << 20, b"zip")), inside="small_disk /home/vtx/Code 1m\n")
-add("disk_full_install", "the code folder fills up while the new build is copied: the old build stays whole",
-    outcome("Disk error... (06)", CURRENT + BACKED, BACKED_UP), inside="small_disk /home/vtx/Code 1100k\n",
-    setup=both(old_build(big(300 << 10, b"old")), put("/home/vtx/Code/NEW/Application", big(400 << 10, b"new"))))
+# After the backup about 260 KiB are free: room for the new build's growth (100 KiB), not for a
+# whole second copy beside the old build (700 KiB).
+add("disk_full_install", "the code folder has room for the new build's growth only: the old build stays whole",
+    outcome("Disk error... (06)", CURRENT + BACKED, BACKED_UP), inside="small_disk /home/vtx/Code 2200k\n",
+    setup=both(old_build(big(600 << 10, b"old")), put("/home/vtx/Code/NEW/Application", big(700 << 10, b"new"))))
 add("disk_full_fonts", "the home folder is too small for the font package",
     outcome("Could not copy file(s): font package", FONT_HEAD + ["P could not copy font package"], INSTALLED),
     setup=put("/media/usb/jfonts.tgz", big(3 << 20, b"f")), inside="small_disk /home/vtx 2m\n")
@@ -44,6 +46,10 @@ add("application_running", "the old build is running while it is replaced",
     outcome(SUCCESS, DONE_LOG, DONE, more=lambda run: os.kill(int(run.record("running.pid")), 9)),
     setup=old_build(open("/bin/sleep", "rb").read()),
     inside='/home/vtx/Code/Application 60 </dev/null >/dev/null 2>&1 & echo $! > "$ROOT/record/running.pid"\n')
+add("new_build_without_modes", "the new build lacks the execute bit (copied from a FAT stick)",
+    outcome(SUCCESS, DONE_LOG, DONE, more=lambda run: check([os.stat(run.path(p)).st_mode & 0o7777 for p in (
+        APPLICATION, BACKUP)] == [0o755] * 2, "the application or its backup lost the old build's mode")),
+    setup=put("/home/vtx/Code/NEW/Application", open("/bin/false", "rb").read(), 0o644))
 LEFTOVERS = [folder + PARTIAL for folder in COPY_FOLDERS]
 add("partial_copies_left", "partial copies of an earlier power cut in every folder the update copies into",
     outcome(SUCCESS, EXTRAS_LOG, WITH_EXTRAS, also=LEFTOVERS),
