@@ -2,10 +2,12 @@
 the operating-system update with a wrong runtime link), and what it leaves is checked against the
 table that the README publishes for service engineers (`powerloss_e2e.py --table` prints it)."""
 
+import os
 import sys
 
 import update_e2e as e2e
-from update_e2e import FRESH, OS_COMMANDS, PARTIAL, add, appended_lines, both, files_as, package, put
+from update_e2e import (APPLICATION, BACKUP, DONE, FRESH, LOG, OS_COMMANDS, PARTIAL, RUNTIME_ON_STICK, SUCCESS, add,
+                        appended_lines, both, check, files_as, outcome, package, put)
 
 # A stand-in for a command the procedure runs: at its Nth call it cuts the power (kills the
 # program) before, halfway through or right after doing its work.
@@ -86,6 +88,69 @@ for _name, _doc, _how, _expected, _meaning in POINTS:
     # The OS update may leave the new runtime in the root image beside the old one.
     _also = ["/mnt/root-ro/"] if _how.get("layout") else []
     add("powerloss_" + _name, "power cut " + _doc, powered_off(_expected, _also), killed=True, **_how)
+
+
+# ---- every operation of a full update as a cut point, on disks that lose what was not flushed
+# (tools/lossyfs): each crash state at each cut point must keep the table's promises.
+
+sys.path.insert(0, os.path.join(e2e.REPO, "tools", "lossyfs"))
+from crashstates import Journal  # noqa: E402
+
+NEW = "/home/vtx/Code/NEW/"
+STICK_LOG = "/media/usb/instrument.log"
+# Builds without their execute bit (copied from a FAT stick), an older log of that name on the stick.
+LOSSY = both(FULL, RUNTIME_ON_STICK, put(STICK_LOG, b"older log\r\n"), *(put(NEW + name, open(build, "rb").read(), 0o644)
+             for name, build in (("Application", "/bin/false"), ("Application_Chinese", "/bin/echo"))))
+
+
+def broken(tree, was, build, log_at_end):
+    """The promises one crash state breaks."""
+    app, old, new, log = tree.get(APPLICATION), was[APPLICATION], was[NEW + build].data, tree[LOG].data
+
+    def whole(path, source, mode=None):
+        return path not in tree or tree[path].data == was[source].data and mode in (None, tree[path].mode)
+    return [promise for promise, kept in [
+        ("Application is the old or the new build, whole, with the old file's mode, owner and group",
+         app is not None and app.data in (old.data, new) and app[1:4] == old[1:4]),
+        ("the new build is in Application or whole in Code/NEW",
+         new in (getattr(tree.get(path), "data", None) for path in (APPLICATION, NEW + build))),
+        ("the backup is whole (with the running build's mode) or absent", whole(BACKUP, APPLICATION, old.mode)),
+        ("Code/zip is whole or absent", whole("/home/vtx/Code/zip", "/media/usb/update/zip")),
+        ("/home/vtx/jfonts.tgz is whole or absent", whole("/home/vtx/jfonts.tgz", "/media/usb/jfonts.tgz")),
+        ("the stick's log is the older one, a whole copy of the instrument's log, or absent",
+         STICK_LOG not in tree or tree[STICK_LOG].data in (was[STICK_LOG].data, log)),
+        ("the instrument's log keeps its old content and holds only whole lines of this run",
+         log.startswith(was[LOG].data) and log_at_end.startswith(log) and (log == was[LOG].data or log[-2:] == b"\r\n")),
+    ] if not kept]
+
+
+def every_cut_point(build):
+    def expect(run):
+        journal = Journal(os.path.join(run.root, "record", "lossy"))
+        was, log_at_end, failures, count = journal.initial_tree(), run.read(LOG), [], 0
+        last = len(journal.events) - 1
+        check(journal.events[last]["op"] == "sync", "no sync before the reboot was asked for")
+        for cut in range(len(journal.events)):
+            for label, tree in journal.states(cut):
+                count += 1
+                promises = broken(tree, was, build, log_at_end)
+                if cut == last and not (NEW[:-1] not in tree and "/home/vtx/jfonts/ipag.ttf" in tree
+                                        and getattr(tree.get(STICK_LOG), "data", None) == log_at_end):
+                    promises.append("when the reboot is asked for, Code/NEW is gone, the fonts unpacked and the "
+                                    "stick's log whole")
+                failures += ["cut point %s, state %s: %s" % (journal.describe(cut), label, p) for p in promises]
+        check(not failures, "%d broken promises:\n%s" % (len(failures), "\n".join(failures[:20])))
+        print("%s: %d cut points, %d crash states checked" % (build, len(journal.events), count))
+    return expect
+
+
+for _build, _layout in (("Application", []), ("Application_Chinese", ["--chinese"])):
+    add("powerloss_everywhere" + _build[len("Application"):].lower(), "power cut at every file-system operation of "
+        "a full update (%s), every crash state" % _build,
+        outcome(SUCCESS, None, dict(DONE, application="chinese" if _layout else "new", zip="complete",
+                                    fonts="unpacked", stick_log="complete", runtime="replaced"),
+                OS_COMMANDS + ["reboot"], more=every_cut_point(_build)),
+        layout=["--link", "wrong"] + _layout, sandbox=["--lossy"], setup=LOSSY)
 
 
 def table():
