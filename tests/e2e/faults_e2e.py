@@ -5,9 +5,9 @@ import hashlib
 import os
 import time
 
-from update_e2e import (APPLICATION, BACKED, BACKUP, BACKED_UP, COPY_FOLDERS, CURRENT, DONE, DONE_LOG, EXTRAS, EXTRAS_LOG,
-                        FONT_HEAD, FRESH, INSTALLED, LOG, OS_UPDATE, PARTIAL, RUNTIME_ON_STICK, SUCCESS, WITH_EXTRAS,
-                        add, appended_lines, both, check, gone, log_is, matches, outcome, package, put)
+from update_e2e import (APPLICATION, BACKED, BACKED_UP, BACKUP, COPY_FOLDERS, CURRENT, DONE, DONE_LOG, EXTRAS,
+                        EXTRAS_LOG, FONT_HEAD, FRESH, INSTALLED, LOG, OS_UPDATE, PARTIAL, RUNTIME_ON_STICK, SUCCESS,
+                        WITH_EXTRAS, add, appended_lines, both, check, gone, log_is, matches, outcome, package, put)
 
 
 def big(size, seed):

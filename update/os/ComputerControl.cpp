@@ -253,7 +253,8 @@ bool CopyFile(const std::string& from, const std::string& to) {
         unlink(partial.c_str());
         return false;
     }
-    // The new name on the disk too, before the next step builds on it.
+    // The new name on the disk too, before the next step builds on it: removing the source (the
+    // new-build folder after the install) must never reach the disk ahead of this rename.
     SyncToDisk(folder, O_RDONLY | O_DIRECTORY);
     return true;
 }
