@@ -5,9 +5,9 @@ import hashlib
 import os
 import time
 
-from update_e2e import (APPLICATION, BACKED, BACKED_UP, BACKUP, COPY_FOLDERS, CURRENT, DONE, DONE_LOG, EXTRAS,
-                        EXTRAS_LOG, FONT_HEAD, FRESH, INSTALLED, LOG, OS_UPDATE, PARTIAL, RUNTIME_ON_STICK, SUCCESS,
-                        WITH_EXTRAS, add, appended_lines, both, check, gone, log_is, matches, outcome, package, put)
+from update_e2e import (APPLICATION, BACKED, BACKED_UP, COPY_FOLDERS, CURRENT, DONE, DONE_LOG, EXTRAS, EXTRAS_LOG,
+                        FONT_HEAD, FRESH, INSTALLED, LOG, OS_UPDATE, PARTIAL, RUNTIME_ON_STICK, SUCCESS, WITH_EXTRAS,
+                        add, appended_lines, both, check, gone, log_is, matches, outcome, package, put)
 
 
 def big(size, seed):
@@ -46,10 +46,6 @@ add("application_running", "the old build is running while it is replaced",
     outcome(SUCCESS, DONE_LOG, DONE, more=lambda run: os.kill(int(run.record("running.pid")), 9)),
     setup=old_build(open("/bin/sleep", "rb").read()),
     inside='/home/vtx/Code/Application 60 </dev/null >/dev/null 2>&1 & echo $! > "$ROOT/record/running.pid"\n')
-add("new_build_without_modes", "the new build lacks the execute bit (copied from a FAT stick)",
-    outcome(SUCCESS, DONE_LOG, DONE, more=lambda run: check([os.stat(run.path(p)).st_mode & 0o7777 for p in (
-        APPLICATION, BACKUP)] == [0o755] * 2, "the application or its backup lost the old build's mode")),
-    setup=put("/home/vtx/Code/NEW/Application", open("/bin/false", "rb").read(), 0o644))
 LEFTOVERS = [folder + PARTIAL for folder in COPY_FOLDERS]
 add("partial_copies_left", "partial copies of an earlier power cut in every folder the update copies into",
     outcome(SUCCESS, EXTRAS_LOG, WITH_EXTRAS, also=LEFTOVERS),
