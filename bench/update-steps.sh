@@ -8,13 +8,16 @@ usb=/media/usb
 lib=/usr/lib/i386-linux-gnu
 secret=/home/vtx/bin/VtxSecret
 
-# Every copy as the program makes it: into a partial name beside the destination, flushed to the
-# disk, renamed over the real name, and the folder flushed.
+# Every copy as the program makes it: into a partial name beside the destination, with the mode,
+# owner and group of the file it replaces, flushed to the disk, renamed over the real name, and
+# the folder flushed.
 copy() {
   dest=$2; [ -d "$dest" ] && dest=$dest/${1##*/}
   part=${dest%/*}/.vtx-partial-copy
   rm -f "$part"
-  cp "$1" "$part" && sync "$part" && mv -f "$part" "$dest" && sync "${dest%/*}" || { rm -f "$part"; return 1; }
+  cp "$1" "$part" &&
+    { [ ! -f "$dest" ] || { chown --reference="$dest" "$part" && chmod --reference="$dest" "$part"; }; } &&
+    sync "$part" && mv -f "$part" "$dest" && sync "${dest%/*}" || { rm -f "$part"; return 1; }
 }
 
 sleep 2

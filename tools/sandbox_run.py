@@ -99,6 +99,7 @@ def execute(sc, run, program, use_display=False, extra_args=()):
     """Runs the program on the prepared root; returns the sandbox's console output."""
     env = dict(os.environ, HOME="/home/vtx")  # the instrument's user
     env.setdefault("VTX_SESSION_TIMEOUT", "90")
+    env["VTX_SYNC_RECORDER"] = os.path.join(os.path.dirname(os.path.abspath(program)), "libvtx_sync_recorder.so")
     env["PATH"] = os.path.join(run.root, "stubs") + ":" + env.get("PATH", "/usr/bin:/bin")
 
     def script(name, text):

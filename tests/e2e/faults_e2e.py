@@ -24,9 +24,11 @@ def old_build(data):
 add("disk_full_auxiliary", "the code folder is too small for the auxiliary file",
     outcome("Could not copy file(s): auxillary files", ["P could not copy auxillary files"], FRESH),
     setup=put("/media/usb/update/zip", big(2 << 20, b"zip")), inside="small_disk /home/vtx/Code 1m\n")
-add("disk_full_install", "the code folder fills up while the new build is copied: the old build stays whole",
-    outcome("Disk error... (06)", CURRENT + BACKED, BACKED_UP), inside="small_disk /home/vtx/Code 1100k\n",
-    setup=both(old_build(big(300 << 10, b"old")), put("/home/vtx/Code/NEW/Application", big(400 << 10, b"new"))))
+# After the backup about 260 KiB are free: room for the new build's growth (100 KiB), not for a
+# whole second copy beside the old build (700 KiB).
+add("disk_full_install", "the code folder has room for the new build's growth only: the old build stays whole",
+    outcome("Disk error... (06)", CURRENT + BACKED, BACKED_UP), inside="small_disk /home/vtx/Code 2200k\n",
+    setup=both(old_build(big(600 << 10, b"old")), put("/home/vtx/Code/NEW/Application", big(700 << 10, b"new"))))
 add("disk_full_fonts", "the home folder is too small for the font package",
     outcome("Could not copy file(s): font package", FONT_HEAD + ["P could not copy font package"], INSTALLED),
     setup=put("/media/usb/jfonts.tgz", big(3 << 20, b"f")), inside="small_disk /home/vtx 2m\n")

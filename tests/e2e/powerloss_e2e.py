@@ -1,11 +1,15 @@
 """Power cuts: the program is killed at each step of a full update (auxiliary file, font package;
 the operating-system update with a wrong runtime link), and what it leaves is checked against the
-table that the README publishes for service engineers (`powerloss_e2e.py --table` prints it)."""
+table that the README publishes for service engineers (`powerloss_e2e.py --table` prints it).
+Killing loses nothing written: the powerloss_everywhere runs cut at every operation on disks that
+lose what was not flushed, and check every crash state against the table's promises."""
 
+import os
 import sys
 
 import update_e2e as e2e
-from update_e2e import FRESH, OS_COMMANDS, PARTIAL, add, appended_lines, both, files_as, package, put
+from update_e2e import (APPLICATION, BACKUP, DONE, FRESH, LOG, OS_COMMANDS, PARTIAL, RUNTIME_ON_STICK, SUCCESS, add,
+                        appended_lines, both, check, files_as, outcome, package, put)
 
 # A stand-in for a command the procedure runs: at its Nth call it cuts the power (kills the
 # program) before, halfway through or right after doing its work.
@@ -86,6 +90,72 @@ for _name, _doc, _how, _expected, _meaning in POINTS:
     # The OS update may leave the new runtime in the root image beside the old one.
     _also = ["/mnt/root-ro/"] if _how.get("layout") else []
     add("powerloss_" + _name, "power cut " + _doc, powered_off(_expected, _also), killed=True, **_how)
+
+
+# ---- every operation of a full update as a cut point, on disks that lose what was not flushed
+# (tools/lossyfs): each crash state at each cut point must keep the table's promises.
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(e2e.HERE)), "tools", "lossyfs"))
+from crashstates import Journal  # noqa: E402
+
+NEW = "/home/vtx/Code/NEW/"
+STICK_LOG = "/media/usb/instrument.log"
+# Builds without their execute bit (copied from a FAT stick), an older log of that name on the stick.
+LOSSY = both(FULL, RUNTIME_ON_STICK, put(STICK_LOG, b"older log\r\n"), *(
+    put(NEW + name, open(build, "rb").read(), 0o644) for name, build in (("Application", "/bin/false"),
+                                                                         ("Application_Chinese", "/bin/echo"))))
+
+
+def broken(tree, was, build, log_at_end):
+    """The promises one crash state breaks."""
+    app, old, new, log = tree.get(APPLICATION), was[APPLICATION], was[NEW + build].data, tree[LOG].data
+
+    def whole(path, source, mode=None):
+        return path not in tree or tree[path].data == was[source].data and mode in (None, tree[path].mode)
+    return [promise for promise, kept in [
+        ("Application is the old or the new build, whole, with the old file's mode, owner and group",
+         app is not None and app.data in (old.data, new) and app[1:4] == old[1:4]),
+        ("the new build is in Application or whole in Code/NEW",
+         new in (getattr(tree.get(path), "data", None) for path in (APPLICATION, NEW + build))),
+        ("the backup is whole (with the running build's mode) or absent", whole(BACKUP, APPLICATION, old.mode)),
+        ("Code/zip is whole or absent", whole("/home/vtx/Code/zip", "/media/usb/update/zip")),
+        ("/home/vtx/jfonts.tgz is whole or absent", whole("/home/vtx/jfonts.tgz", "/media/usb/jfonts.tgz")),
+        ("the stick's log is the older one, a whole copy of the instrument's log, or absent",
+         STICK_LOG not in tree or tree[STICK_LOG].data in (was[STICK_LOG].data, log)),
+        ("the instrument's log keeps its old content and holds only whole lines of this run",
+         log.startswith(was[LOG].data) and log_at_end.startswith(log)
+         and log[len(was[LOG].data):][-2:] in (b"", b"\r\n")),
+    ] if not kept]
+
+
+def every_cut_point(build):
+    def expect(run):
+        journal = Journal(os.path.join(run.root, "record", "lossy"))
+        was, log_at_end, failures, count = journal.initial_tree(), run.read(LOG), {}, 0
+        last = len(journal.events) - 1  # nothing touches the disks after the reboot was asked for
+        for cut in range(len(journal.events)):
+            for label, tree in journal.states(cut):
+                count += 1
+                promises = broken(tree, was, build, log_at_end)
+                if cut == last and (NEW[:-1] in tree or [getattr(tree.get(p), "data", None) for p in (
+                        "/home/vtx/jfonts/ipag.ttf", STICK_LOG)] != [b"stand-in font\n", log_at_end]):
+                    promises.append("when the reboot is asked for, Code/NEW is gone, the fonts unpacked and the "
+                                    "stick's log whole")
+                for p in promises:
+                    failures.setdefault(p, []).append("cut point %s, state %s" % (journal.describe(cut), label))
+        check(not failures, "broken promises, each with its first crash state:\n" + "\n".join(
+            "%s: broken in %d states, first at %s" % (p, len(where), where[0]) for p, where in failures.items()))
+        print("%s: %d cut points, %d crash states checked" % (build, len(journal.events), count))
+    return expect
+
+
+for _build, _layout in (("Application", []), ("Application_Chinese", ["--chinese"])):
+    add("powerloss_everywhere" + _build[len("Application"):].lower(), "power cut at every file-system operation of "
+        "a full update (%s), every crash state" % _build,
+        outcome(SUCCESS, None, dict(DONE, application="chinese" if _layout else "new", zip="complete",
+                                    fonts="unpacked", stick_log="complete", runtime="replaced"),
+                OS_COMMANDS + ["reboot"], more=every_cut_point(_build)),
+        layout=["--link", "wrong"] + _layout, sandbox=["--lossy"], setup=LOSSY)
 
 
 def table():

@@ -58,6 +58,25 @@ std::string CopyDestination(const std::string& from, const std::string& to) {
     return destination;
 }
 
+// cp over an existing file writes into it, so that file keeps its mode, owner and group; the copy
+// that replaces it takes them over before it is flushed. A new file keeps what cp gave it.
+bool TakeOverAndFlush(const std::string& partial, const std::string& destination) {
+    const int fd = open(partial.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return false;
+    struct stat old {};
+    bool ok = true;
+    if (stat(destination.c_str(), &old) == 0 && S_ISREG(old.st_mode)) {
+        // Only root may give a file away; the group alone may still be the owner's to change. The
+        // mode matters most: an application without its execute bit does not start.
+        if (fchown(fd, old.st_uid, old.st_gid) != 0 && fchown(fd, static_cast<uid_t>(-1), old.st_gid) != 0)
+            VtxDebugTrace(kModule, "CopyFile", "%s keeps the copying user as owner\n", destination.c_str());
+        ok = fchmod(fd, old.st_mode & 07777) == 0;
+    }
+    ok = ok && fsync(fd) == 0;
+    close(fd);
+    return ok;
+}
+
 bool SyncToDisk(const std::string& path, int flags) {
     const int fd = open(path.c_str(), flags | O_CLOEXEC);
     if (fd < 0) return false;
@@ -231,12 +250,13 @@ bool CopyFile(const std::string& from, const std::string& to) {
     // Whatever an earlier power cut left under the partial name goes first.
     unlink(partial.c_str());
     const bool copied = RunShellCommand(NS_ShellCommand::Copy(from, partial)) == 0 &&
-                        SyncToDisk(partial, O_RDONLY) && rename(partial.c_str(), destination.c_str()) == 0;
+                        TakeOverAndFlush(partial, destination) && rename(partial.c_str(), destination.c_str()) == 0;
     if (!copied) {
         unlink(partial.c_str());
         return false;
     }
-    // The new name on the disk too, before the next step builds on it.
+    // The new name on the disk too, before the next step builds on it: removing the source (the
+    // new-build folder after the install) must never reach the disk ahead of this rename.
     SyncToDisk(folder, O_RDONLY | O_DIRECTORY);
     return true;
 }

@@ -51,7 +51,8 @@ SFirmwareIdentification GetFirmwareIdentification();
 // part of a file under that name: cp writes kPartialCopyName in the same folder, which is flushed
 // to the disk and then renamed over the real name. On failure the partial copy is removed and the
 // real name is untouched; a partial copy left by a power cut is replaced by the next copy into
-// that folder. Renaming also replaces a program that is running, where cp would fail.
+// that folder. Renaming also replaces a program that is running, where cp would fail. As with cp,
+// an existing file keeps its mode, owner and group (as far as the user may give them).
 bool CopyFile(const std::string& from, const std::string& to);
 // ".vtx-partial-copy": hidden, so no pattern of the update ("*.log", "Application_*") matches it.
 extern const char* const kPartialCopyName;
