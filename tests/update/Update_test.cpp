@@ -9,8 +9,13 @@
 namespace {
 
 TEST(UpdateTexts, BackupStampAndThePlaceOfTheLogOnTheStick) {
-    struct tm t = {0, 12, 14, 5, 2, 2019 - 1900, 0, 0, -1, 0, nullptr};
-    EXPECT_EQ(FormatBackupTimeStamp(mktime(&t)), "05032019_1412");  // local time
+    // Local time; the last two near the ends of a 32-bit time_t, a day off in any time zone.
+    const struct { int year, month, day; const char* stamp; } stamps[] = {
+        {2019, 3, 5, "05032019_1412"}, {2038, 1, 18, "18012038_1412"}, {1901, 12, 15, "15121901_1412"}};
+    for (const auto& s : stamps) {
+        struct tm t = {0, 12, 14, s.day, s.month - 1, s.year - 1900, 0, 0, -1, 0, nullptr};
+        EXPECT_EQ(FormatBackupTimeStamp(mktime(&t)), s.stamp);
+    }
     // Split at the last "\" even when a "/" follows it; without any separator there is no place.
     EXPECT_EQ(StickPathOfLog("C:\\logs/run.log"), "/media/usb\\logs/run.log");
     EXPECT_EQ(StickPathOfLog("/home/vtx/Code/instrument.log"), "/media/usb/instrument.log");
