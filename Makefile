@@ -78,7 +78,7 @@ package-native: configure
 # makes it once into I386_ROOT and reuses it), with the same packages (deps, inside), in which
 # the program is built into build-i386/ and the whole suite runs, as `make check` runs it here.
 I386_ROOT ?= /var/cache/vtx-i386/root
-IN_I386   := VTX_I386_ROOT=$(I386_ROOT) tools/i386-root -- make BUILD=build-i386 JOBS=$(JOBS)
+IN_I386   := $(SUDO) env VTX_I386_ROOT=$(I386_ROOT) tools/i386-root -- make BUILD=build-i386 JOBS=$(JOBS)
 
 check-i386:
 	$(IN_I386) deps check CMAKE_ARGS="$(CMAKE_ARGS)" CTEST_ARGS="$(CTEST_ARGS)"
