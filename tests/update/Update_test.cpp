@@ -10,11 +10,11 @@ namespace {
 
 TEST(UpdateTexts, BackupStampAndThePlaceOfTheLogOnTheStick) {
     // Local time; the last two near the ends of a 32-bit time_t, a day off in any time zone.
-    const struct { int year, month, day; const char* stamp; } stamps[] = {
-        {2019, 3, 5, "05032019_1412"}, {2038, 1, 18, "18012038_1412"}, {1901, 12, 15, "15121901_1412"}};
-    for (const auto& s : stamps) {
-        struct tm t = {0, 12, 14, s.day, s.month - 1, s.year - 1900, 0, 0, -1, 0, nullptr};
-        EXPECT_EQ(FormatBackupTimeStamp(mktime(&t)), s.stamp);
+    for (const char* stamp : {"05032019_1412", "18012038_1412", "15121901_1412"}) {
+        struct tm t = {};
+        strptime(stamp, "%d%m%Y_%H%M", &t);
+        t.tm_isdst = -1;
+        EXPECT_EQ(FormatBackupTimeStamp(mktime(&t)), stamp);
     }
     // Split at the last "\" even when a "/" follows it; without any separator there is no place.
     EXPECT_EQ(StickPathOfLog("C:\\logs/run.log"), "/media/usb\\logs/run.log");
