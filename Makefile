@@ -12,9 +12,10 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
             libwxgtk3.2-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev \
             xvfb xauth x11-apps x11-utils imagemagick util-linux \
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
-            clang libclang-rt-dev gcovr python3-fusepy
+            clang libclang-rt-dev gcovr python3-fusepy file
 
-.PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update
+.PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update \
+        check-i386 package-i386 package-native
 
 all: build
 
@@ -60,10 +61,30 @@ po-update:
 	  msgmerge --quiet --update --backup=none --previous --no-wrap $(TEXTS)/$$l.po $(TEXTS)/texts.pot || exit 1; \
 	done
 
-# The Debian package of the program (installs it as /home/vtx/Code/update), into $(BUILD).
-package: configure
+# The Debian package of the program (installs it as /home/vtx/Code/update): the instrument's, i386,
+# into build-i386/, and on another machine also its own (for the rehearsal), into $(BUILD).
+ARCH := $(shell dpkg --print-architecture 2>/dev/null)
+ifeq ($(ARCH),i386)
+package: package-native
+else
+package: package-native package-i386
+endif
+
+package-native: configure
 	cmake --build $(BUILD) -j $(JOBS) --target update
 	cd $(BUILD) && cpack -G DEB
+
+# The instrument's architecture: a Debian 12 i386 root on this machine's kernel (tools/i386-root
+# makes it once into I386_ROOT and reuses it), with the same packages (deps, inside), in which
+# the program is built into build-i386/ and the whole suite runs, as `make check` runs it here.
+I386_ROOT ?= /var/cache/vtx-i386/root
+IN_I386   := $(SUDO) env VTX_I386_ROOT=$(I386_ROOT) tools/i386-root -- make BUILD=build-i386 JOBS=$(JOBS)
+
+check-i386:
+	$(IN_I386) deps check CMAKE_ARGS="$(CMAKE_ARGS)" CTEST_ARGS="$(CTEST_ARGS)"
+
+package-i386:
+	$(IN_I386) deps package-native CMAKE_ARGS="$(CMAKE_ARGS)"
 
 # The whole suite under AddressSanitizer + UndefinedBehaviorSanitizer, and under ThreadSanitizer.
 # The suppression files list only what is proven to lie inside the toolkit's own libraries.
@@ -101,4 +122,4 @@ format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	rm -rf build build-asan build-tsan build-coverage
+	rm -rf build build-asan build-tsan build-coverage build-i386

@@ -3,6 +3,7 @@
 #include "foundation/DebugTrace.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstdlib>
 
@@ -43,10 +44,15 @@ void AddProgramArguments(int argc, char** argv) {
 
 namespace {
 // As strtol reads it on the instrument's 32-bit PC, where long has 32 bits: a number beyond that
-// range saturates instead of wrapping round ("4294967297" is not 1).
+// range saturates instead of wrapping round ("4294967297" is not 1). Where long is wider, the
+// saturation is done by hand.
 int32_t ReadNumber(const std::string& text) {
+#if LONG_MAX == INT32_MAX
+    return static_cast<int32_t>(std::strtol(text.c_str(), nullptr, 10));
+#else
     const long long value = std::strtoll(text.c_str(), nullptr, 10);
     return static_cast<int32_t>(std::clamp<long long>(value, INT32_MIN, INT32_MAX));
+#endif
 }
 }  // namespace
 

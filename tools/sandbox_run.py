@@ -68,8 +68,10 @@ class Run:
                 for n in names + [d for d in dirs if os.path.islink(os.path.join(folder, d))]:
                     p = os.path.join(folder, n)
                     key = area + os.path.relpath(p, base)
-                    files[key] = ("-> " + os.readlink(p) if os.path.islink(p)
-                                  else hashlib.sha256(content(key, Path(p).read_bytes())).hexdigest())
+                    if os.path.islink(p):
+                        files[key] = "-> " + os.readlink(p)
+                    elif os.path.isfile(p):  # not a whiteout, nor a file whose date a 32-bit PC cannot read
+                        files[key] = hashlib.sha256(content(key, Path(p).read_bytes())).hexdigest()
         return files
 
 

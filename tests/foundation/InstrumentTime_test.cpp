@@ -16,6 +16,10 @@ TEST(InstrumentTime, FormatsOfTheLogPrefixAndTheSettings) {
     EXPECT_EQ(moment.FormatSettings(), "02102017 1407");
     EXPECT_EQ(midnight.FormatDateTime(false), "01/01/2020 12:00 AM");
     EXPECT_EQ(midnight.FormatSettings(), "01012020 0000");
+    // Log prefixes of a clock near or past the ends of a 32-bit time_t.
+    for (const int year : {1901, 2038, 2040})
+        EXPECT_EQ(CInstrumentTime(18, 1, year, 14, 7, 0).FormatDateTime(true),
+                  "18/01/" + std::to_string(year) + " 14:07");
     EXPECT_EQ(moment.FormatClock(true, false) + "|" + moment.FormatClock(false, true) + "|" +
                   moment.FormatDate(false) + "|" + moment.FormatWithSeconds() + "|" + moment.FormatXml(),
               "14 07|02:07 PM|10/02/2017|14:07:05|2017-10-02T14:07:05");
