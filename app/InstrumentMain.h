@@ -60,9 +60,7 @@ public:
     void OnEvent(unsigned long value) override;
 
     eUpdateCommandLineSpecialCmdParamCmd GetSpecialCommand() const { return m_specialCommand; }
-    bool IsTickThreadStarted() const { return m_tickThreadStarted; }
 
 private:
     eUpdateCommandLineSpecialCmdParamCmd m_specialCommand = 0;
-    bool m_tickThreadStarted = false;
 };
