@@ -104,6 +104,11 @@ class Run:
         return [s.replace("\\n", "\n").replace("\\r", "\r")
                 for s in re.findall(r"Event \[Update\] Status: (.*)$", self.record("stderr.log"), re.M)]
 
+    def procedure_lines(self):
+        """(seconds, text) of the procedure's console lines, stamped when they were written."""
+        return [(float(t), x) for t, x in re.findall(r"^vtx-bench log (\d+\.\d+) [\w ]+ \[Update\] (.*)$",
+                                                     self.record("stderr.log"), re.M)]
+
     def session(self):
         return self.record("session").split()
 
@@ -216,6 +221,19 @@ def outcome(status, log, expected, privileged=None, also=(), ending=None, first=
     return expect
 
 
+def paused(run):
+    """The update's two pauses: its first status and its success text each stand at least 2 s
+    before its next line. A sleep never returns early, so this holds on any machine."""
+    lines = run.procedure_lines()
+    check(lines, "no stamped lines of the update procedure on the console")
+    first = next(i for i, (_, x) in enumerate(lines) if x.startswith("Status: "))
+    success = [i + 1 for i, (_, x) in enumerate(lines[:-1]) if x == "Update procedure succeeded"]
+    for i in [first] + success:
+        if i + 1 < len(lines):  # not cut short by a power cut
+            check(lines[i + 1][0] - lines[i][0] >= 2.0, "%r followed after %.3f s by %r"
+                  % (lines[i][1], lines[i + 1][0] - lines[i][0], lines[i + 1][1]))
+
+
 class Scenario:
     def __init__(self, name, doc, layout=(), sandbox=(), args=(), setup=None, inside=None, path_stubs=None,
                  expect=None, killed=False):
@@ -277,6 +295,7 @@ def run_scenario(sc, program, keep=False):
             check(not re.search(r"ERROR: (Address|Leak)Sanitizer|runtime error:|WARNING: ThreadSanitizer",
                                 run.record("stderr.log")), "a sanitizer reported an error")
             check(run.statuses(), "no status text was shown")
+            paused(run)
             sc.expect(run)
         except Failure:
             sys.stderr.write(output + "--- program console ---\n" + run.record("stderr.log"))
