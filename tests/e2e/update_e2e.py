@@ -104,11 +104,6 @@ class Run:
         return [s.replace("\\n", "\n").replace("\\r", "\r")
                 for s in re.findall(r"Event \[Update\] Status: (.*)$", self.record("stderr.log"), re.M)]
 
-    def procedure_lines(self):
-        """(seconds, text) of the procedure's console lines, stamped when they were written."""
-        return [(float(t), x) for t, x in re.findall(r"^vtx-bench log (\d+\.\d+) [\w ]+ \[Update\] (.*)$",
-                                                     self.record("stderr.log"), re.M)]
-
     def session(self):
         return self.record("session").split()
 
@@ -222,16 +217,16 @@ def outcome(status, log, expected, privileged=None, also=(), ending=None, first=
 
 
 def paused(run):
-    """The update's two pauses: its first status and its success text each stand at least 2 s
-    before its next line. A sleep never returns early, so this holds on any machine."""
-    lines = run.procedure_lines()
-    check(lines, "no stamped lines of the update procedure on the console")
-    first = next(i for i, (_, x) in enumerate(lines) if x.startswith("Status: "))
-    success = [i + 1 for i, (_, x) in enumerate(lines[:-1]) if x == "Update procedure succeeded"]
-    for i in [first] + success:
+    """The update's first status and its success text each stand at least 2 s before the next line of
+    the procedure. The console's lines are stamped when written and a sleep never returns early, so
+    this holds on any machine."""
+    lines = re.findall(r"^vtx-bench log (\S+) [\w ]+ \[Update\] (.*)$", run.record("stderr.log"), re.M)
+    statuses = [i for i, (_, x) in enumerate(lines) if x.startswith("Status: ")]
+    check(statuses, "no stamped status on the console")
+    for i in statuses[:1] + [i + 1 for i, (_, x) in enumerate(lines) if x == "Update procedure succeeded"]:
         if i + 1 < len(lines):  # not cut short by a power cut
-            check(lines[i + 1][0] - lines[i][0] >= 2.0, "%r followed after %.3f s by %r"
-                  % (lines[i][1], lines[i + 1][0] - lines[i][0], lines[i + 1][1]))
+            gap = float(lines[i + 1][0]) - float(lines[i][0])
+            check(gap >= 2.0, "%r followed after %.3f s by %r" % (lines[i][1], gap, lines[i + 1][1]))
 
 
 class Scenario:
