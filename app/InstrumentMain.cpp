@@ -82,7 +82,6 @@ CInstrumentMain::CInstrumentMain(CInstrumentBase* drawingContext)
 
     // The views draw with their own instrument object over the same font, rectangle and parent.
     m_viewRect = drawingContext && drawingContext->GetClientRect() ? *drawingContext->GetClientRect() : CRect();
-    GetViewInstrumentBase().Delete();
     GetViewInstrumentBase().Set(new CInstrumentBase(drawingContext ? drawingContext->GetDefaultFont() : nullptr,
                                                     &m_viewRect,
                                                     drawingContext ? drawingContext->GetParentWindow() : nullptr));
@@ -106,12 +105,12 @@ CInstrumentMain::CInstrumentMain(CInstrumentBase* drawingContext)
 
     // The active view is set by now; from here on only the tick thread reads it.
     // A tick thread that cannot start is not reported: the update screen needs no ticks.
-    m_tickThreadStarted = StartServing(kTickThreadPriorityClass) == 0;
+    (void)StartServing(kTickThreadPriorityClass);
 }
 
 CInstrumentMain::~CInstrumentMain() {
-    // Shutdown goes on whether or not the tick thread answered in time.
-    if (m_tickThreadStarted) StopServing(kStopWaitMs);
+    // Shutdown goes on whether or not the tick thread answered in time (or ever ran).
+    StopServing(kStopWaitMs);
     if (CInstrumentViewManager* manager = CSingleton<CInstrumentViewManager>::GetInstance())
         manager->DestroyAllViews();
     GetViewInstrumentBase().Delete();

@@ -61,11 +61,9 @@ public:
     void OnEvent(unsigned long value) override;
 
     eUpdateCommandLineSpecialCmdParamCmd GetSpecialCommand() const { return m_specialCommand; }
-    bool IsTickThreadStarted() const { return m_tickThreadStarted; }
 
 private:
     eUpdateCommandLineSpecialCmdParamCmd m_specialCommand = 0;
-    bool m_tickThreadStarted = false;
     // The client rectangle of the view-side instrument object, which goes before this.
     CRect m_viewRect;
 };

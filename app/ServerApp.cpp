@@ -50,7 +50,8 @@ void ReportToolkitAssert(const wxString& file, int line, const wxString& functio
 // "vtx-bench drawn <seconds> <class>" once its drawing pass has been handled (so what it drew is
 // on the display), and after the first pass also "vtx-bench first-paint <seconds>". The seconds
 // are CLOCK_MONOTONIC, which the measuring script shares. The probe only watches: each paint goes
-// on to its window as usual. Without the variable nothing is installed.
+// on to its window as usual. Without the variable nothing is installed. With it, the program log's
+// lines carry the same clock's time too.
 class CPaintProbe : public wxEventFilter {
 public:
     int FilterEvent(wxEvent& event) override {
@@ -140,7 +141,7 @@ CServerApp::~CServerApp() = default;
 
 bool CServerApp::OnInit() {
     // The toolkit's own command-line parsing (wxApp::OnInit) is not wanted: any argument is fine.
-    if (!g_logSink) g_logSink = new CStderrLogSink;
+    if (!g_logSink) g_logSink = new CStderrLogSink(std::getenv("VTX_REPORT_PAINTS") != nullptr);
     // The toolkit logs to the console too; its default GUI target would open message boxes.
     delete wxLog::SetActiveTarget(new wxLogStderr);
     wxSetAssertHandler(&ReportToolkitAssert);

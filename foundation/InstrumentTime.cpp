@@ -106,24 +106,37 @@ std::string CInstrumentTime::FormatWithSeconds() const { return Format("%H:%M:%S
 std::string CInstrumentTime::FormatSettings() const { return Format(SettingsFormat()); }
 std::string CInstrumentTime::FormatXml() const { return Format(XmlFormat().c_str()); }
 
-bool CInstrumentTime::ParseSettings(const std::string& text, CInstrumentTime& out) {
-    // The toolkit's parser is lenient about field widths; the stored form is not.
-    static const char kShape[] = "dddddddd dddd";
-    if (text.size() != sizeof(kShape) - 1) return false;
-    for (size_t i = 0; i < text.size(); ++i) {
-        const bool digit = std::isdigit(static_cast<unsigned char>(text[i])) != 0;
-        if (kShape[i] == 'd' ? !digit : text[i] != ' ') return false;
+namespace {
+// The fields day, month, year, hour and minute as the toolkit reads "%d%m%Y %H%M": up to 2, 2 and
+// 4 digits, any white space (also none), then up to 2 and 2 digits.
+bool ReadSettingsFields(const std::string& text, int fields[5]) {
+    static const size_t kWidths[5] = {2, 2, 4, 2, 2};
+    size_t at = 0;
+    for (int i = 0; i < 5; ++i) {
+        while (i == 3 && at < text.size() && std::isspace(static_cast<unsigned char>(text[at]))) ++at;
+        size_t digits = 0;
+        fields[i] = 0;
+        for (; digits < kWidths[i] && at < text.size() && std::isdigit(static_cast<unsigned char>(text[at]));
+             ++digits, ++at)
+            fields[i] = fields[i] * 10 + (text[at] - '0');
+        if (digits == 0) return false;
     }
-    const wxString input = wxString::FromUTF8(text.c_str());
+    return true;
+}
+}  // namespace
+
+bool CInstrumentTime::ParseSettings(const std::string& text, CInstrumentTime& out) {
+    // As the toolkit reads the form, with its leniency about field widths, blanks and trailing text.
     wxDateTime parsed;
-    wxString::const_iterator end;
-    if (!parsed.ParseFormat(input, wxString(SettingsFormat()), wxDateTime(), &end) || end != input.end() ||
-        !parsed.IsValid())
+    if (!parsed.ParseFormat(wxString::FromUTF8(text.c_str()), wxString(SettingsFormat())) || !parsed.IsValid())
         return false;
-    // The toolkit moves a time that does not exist locally (the hour skipped when summer time
+    // But the toolkit moves a time that does not exist locally (the hour skipped when summer time
     // begins) on to one that does; such a text names no time.
-    const CInstrumentTime result(parsed);
-    if (result.FormatSettings() != text) return false;
-    out = result;
+    int fields[5];
+    const wxDateTime::Tm tm = parsed.GetTm(wxDateTime::Local);
+    if (!ReadSettingsFields(text, fields) || fields[0] != tm.mday || fields[1] != tm.mon + 1 ||
+        fields[2] != tm.year || fields[3] != tm.hour || fields[4] != tm.min)
+        return false;
+    out = CInstrumentTime(parsed);
     return true;
 }

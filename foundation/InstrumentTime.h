@@ -64,8 +64,9 @@ public:
     std::string FormatWithSeconds() const;
     // "%d%m%Y %H%M": the form of the settings files and the user log.
     std::string FormatSettings() const;
-    // Reads the settings form back; false (out untouched) unless the text is exactly that form
-    // and names an existing local time.
+    // Reads the settings form back as the toolkit reads it (field widths up to 2, 2, 4, 2 and 2
+    // digits, any blanks before the time, trailing text ignored); false (out untouched) when the
+    // toolkit refuses it or it names no existing local time.
     static bool ParseSettings(const std::string& text, CInstrumentTime& out);
     // "%Y-%m-%dT%H:%M:%S" (ISO 8601 without zone).
     std::string FormatXml() const;

@@ -1,10 +1,11 @@
 #include "log/InstrumentUserLog.h"
 
 #include <mutex>
+#include <string>
+#include <vector>
 
 #include "foundation/DebugTrace.h"
 #include "foundation/InstrumentTime.h"
-#include "foundation/StringTokenizer.h"
 #include "foundation/TextFile.h"
 #include "update/locations/InstrumentLocations.h"
 
@@ -23,15 +24,21 @@ bool AddUserLogEntryToFile(const std::string& path, const char* text) {
     CTextFileWriter writer;
     if (!writer.Open(path, true) && !writer.Open(path, false)) return false;
     const std::string stamp = CInstrumentTime::Now().FormatSettings();
-    // The framework's splitter: blank lines and carriage returns inside the entry are kept, a
-    // line feed at its very end makes no empty last line.
-    const CStringTokenizer lines(entry, '\n');
-    const std::vector<std::string>& parts = lines.GetTokens();
+    // Split at every line feed: blank lines and carriage returns inside the entry are kept, and
+    // a line feed at its very end leaves an empty last line, so any line feed makes the entry a
+    // multi-line one.
+    std::vector<std::string> parts;
+    for (std::string::size_type start = 0;;) {
+        const std::string::size_type end = entry.find('\n', start);
+        parts.push_back(entry.substr(start, end == std::string::npos ? std::string::npos : end - start));
+        if (end == std::string::npos) break;
+        start = end + 1;
+    }
     if (parts.size() > 1) {
         writer.WriteLine(stamp + "\t--- Multi-line ---");
         for (const std::string& part : parts) writer.WriteLine(" -> " + part);
     } else {
-        writer.WriteLine(stamp + "\t" + (parts.empty() ? std::string() : parts.front()));
+        writer.WriteLine(stamp + "\t" + entry);
     }
     writer.Close();
     return true;

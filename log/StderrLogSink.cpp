@@ -1,9 +1,12 @@
 #include "log/StderrLogSink.h"
 
-#include <cerrno>
+#include <time.h>
 #include <unistd.h>
 
-CStderrLogSink::CStderrLogSink() = default;
+#include <cerrno>
+#include <cstdio>
+
+CStderrLogSink::CStderrLogSink(bool stamped) : m_stamped(stamped) {}
 CStderrLogSink::~CStderrLogSink() = default;
 
 std::string CStderrLogSink::FormatLine(int type, const std::string& source, const std::string& text) {
@@ -26,7 +29,15 @@ std::string CStderrLogSink::FormatLine(int type, const std::string& source, cons
 }
 
 void CStderrLogSink::Log(int type, const std::string& source, int, const std::string& text) {
-    const std::string line = FormatLine(type, source, text);
+    std::string line = FormatLine(type, source, text);
+    if (m_stamped) {
+        timespec now{};
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        char stamp[64];
+        std::snprintf(stamp, sizeof stamp, "vtx-bench log %lld.%09ld ", static_cast<long long>(now.tv_sec),
+                      now.tv_nsec);
+        line.insert(0, stamp);
+    }
     const int fd = GetDescriptor();
     // Unbuffered: a line written by one write() is never split by another thread's line. Only a
     // partial write (a full pipe, a signal) continues with the rest.

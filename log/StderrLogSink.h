@@ -8,7 +8,10 @@
 
 class CStderrLogSink : public CLogInterface {
 public:
-    CStderrLogSink();
+    // With stamps, each line begins with "vtx-bench log <seconds> ", the CLOCK_MONOTONIC time at
+    // which it was written, for the measuring scripts and the end-to-end runs (they time the
+    // update's pauses by its lines).
+    explicit CStderrLogSink(bool stamped = false);
     ~CStderrLogSink() override;
 
     // Any thread; each line goes out in one write, so lines of several threads never mix.
@@ -17,6 +20,9 @@ public:
 
     // The line as written, line end included.
     static std::string FormatLine(int type, const std::string& source, const std::string& text);
+
+private:
+    const bool m_stamped;
 
 protected:
     // Where the lines go; standard error unless a test says otherwise.

@@ -15,6 +15,11 @@
 #include "foundation/TextFile.h"
 #include "log/InstrumentLog.h"
 
+// Matches the instrument's update log files in the application folder.
+inline constexpr const char kLogFilePattern[] = "*.log";
+// The user manual's archive; the update does not install the manual.
+inline constexpr const char kManualArchiveName[] = "Korvalin-manual.zip";
+
 // What the procedure needs of its screen. Both are called from the procedure's worker thread.
 class CUpdateScreen {
 public:

@@ -3,6 +3,7 @@ broken font packages, a missing privileged tool, a running application, earlier 
 
 import hashlib
 import os
+import re
 import time
 
 from update_e2e import (APPLICATION, BACKED, BACKED_UP, COPY_FOLDERS, CURRENT, DONE, DONE_LOG, EXTRAS, EXTRAS_LOG,
@@ -60,9 +61,10 @@ add("stick_removed", "the stick is pulled out while the first status is shown",
     inside='_onto_tmpfs /media/usb 64m\n( i=0; while [ $i -lt 1200 ] && ! grep -q "Status: Copying files" '
            '"$ROOT/record/stderr.log" 2>/dev/null; do sleep 0.05; i=$((i+1)); done; umount -l /media/usb ) &\n')
 
-# Another writer appends until the reboot is asked for, then one line more: the stick's copy is
-# the log as it was, with all of our lines, but not the whole log. It holds the sandbox's output
-# open, so the run has waited for it.
+# Another writer appends until the reboot is asked for, then one line more; it holds the sandbox's
+# output open, so the run has waited for it. Our lines must be whole and in order among its lines,
+# and the stick's copy a beginning of the log that holds all of them, whatever the other writer
+# added before the copy (the end of a line of its own at most cut short).
 GROWER = r"""( i=0; while [ $i -lt 600 ]; do [ -e "$ROOT/record/reboot" ] && last=1
   printf 'other writer %d\r\n' $i >> /home/vtx/Code/instrument.log; i=$((i+1))
   [ -n "${last:-}" ] && break; sleep 0.1; done; echo done > "$ROOT/record/grown.done" ) &
@@ -78,7 +80,10 @@ def both_writers_whole(run):
     ours = [x for x in lines if x not in others]
     check(matches(ours, DONE_LOG), "our lines were torn or lost: %r" % ours)
     stick = run.read("/media/usb/instrument.log")
-    check(run.read(LOG).startswith(stick) and stick.endswith(b" Application started\r\n"), "stick's copy: %r" % stick)
+    *copied, rest = stick[len(run.log_before):].split(b"\r\n")
+    ours = [x.decode(errors="replace") for x in copied if not x.startswith(b"other writer")]
+    check(run.read(LOG).startswith(stick) and stick.startswith(run.log_before) and matches(ours, DONE_LOG)
+          and re.fullmatch(rb"other writer \d+\r?", rest + b"other writer 0"[len(rest):]), "stick's copy: %r" % stick)
 
 
 add("log_grows", "another process appends to the log during the update",

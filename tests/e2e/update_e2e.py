@@ -160,6 +160,19 @@ def outcome(status, log, expected, privileged=None, also=(), ending=None, first=
     return expect
 
 
+def paused(run):
+    """The update's first status and its success text each stand at least 2 s before the next line of
+    the procedure. The console's lines are stamped when written and a sleep never returns early, so
+    this holds on any machine."""
+    lines = re.findall(r"^vtx-bench log (\S+) [\w ]+ \[Update\] (.*)$", run.record("stderr.log"), re.M)
+    statuses = [i for i, (_, x) in enumerate(lines) if x.startswith("Status: ")]
+    check(statuses, "no stamped status on the console")
+    for i in statuses[:1] + [i + 1 for i, (_, x) in enumerate(lines) if x == "Update procedure succeeded"]:
+        if i + 1 < len(lines):  # not cut short by a power cut
+            gap = float(lines[i + 1][0]) - float(lines[i][0])
+            check(gap >= 2.0, "%r followed after %.3f s by %r" % (lines[i][1], gap, lines[i + 1][1]))
+
+
 SCENARIOS = {}
 
 
@@ -181,6 +194,8 @@ def run_scenario(sc, program, keep=False):
             check(not re.search(r"ERROR: (Address|Leak)Sanitizer|runtime error:|WARNING: ThreadSanitizer",
                                 run.record("stderr.log")), "a sanitizer reported an error")
             check(run.statuses() or sc.expect is cannot_start, "no status text was shown")
+            if sc.expect is not cannot_start:
+                paused(run)
             sc.expect(run)
         except Failure:
             sys.stderr.write(output + "--- program console ---\n" + run.record("stderr.log"))

@@ -29,16 +29,17 @@ TEST(InstrumentTime, FormatsOfTheLogPrefixAndTheSettings) {
     EXPECT_EQ(later.Subtract(CInstrumentTimeSpan(wxTimeSpan::Hours(10))), moment);
 }
 
-TEST(InstrumentTime, SettingsFormReadsBackStrictly) {
+TEST(InstrumentTime, SettingsFormReadsAsTheToolkitReadsIt) {
     CInstrumentTime parsed;
-    ASSERT_TRUE(CInstrumentTime::ParseSettings("02102017 1407", parsed));
-    EXPECT_EQ(parsed, CInstrumentTime(2, 10, 2017, 14, 7, 0));
-    ASSERT_TRUE(CInstrumentTime::ParseSettings("29022016 2359", parsed));
-    EXPECT_EQ(parsed, CInstrumentTime(29, 2, 2016, 23, 59, 0));
-
+    // The toolkit's leniency: shorter fields, blanks or none before the time, trailing text.
+    for (const auto& [text, time] : std::initializer_list<std::pair<const char*, CInstrumentTime>>{
+             {"02102017 1407", {2, 10, 2017, 14, 7}}, {"29022016 2359", {29, 2, 2016, 23, 59}},
+             {"2102017 1407", {21, 2, 17, 14, 7}}, {"021020171407", {2, 10, 2017, 14, 7}},
+             {"02102017  1407", {2, 10, 2017, 14, 7}}, {"02102017 14070", {2, 10, 2017, 14, 7}}}) {
+        EXPECT_TRUE(CInstrumentTime::ParseSettings(text, parsed) && parsed == time) << text;
+    }
     const CInstrumentTime before = parsed;
-    for (const std::string bad : {"", "2102017 1407", "021020171407", "02102017  1407", "02102017 14070",
-                                  "02-10-2017 1407", "02102017 2407", "02102017 1460", "31022017 1200",
+    for (const std::string bad : {"", "02-10-2017 1407", "02102017 2407", "02102017 1460", "31022017 1200",
                                   "00102017 1200", "02132017 1200", " 2102017 1407", "0210201a 1407"}) {
         EXPECT_FALSE(CInstrumentTime::ParseSettings(bad, parsed)) << bad;
         EXPECT_EQ(parsed, before) << bad;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -46,16 +47,15 @@ TEST(ProgramLog, TracesPassByTheFieldsLevel) {
     EXPECT_STREQ(GetTraceLevelText(7), "Unknown Type");
 }
 
-TEST(ProgramLog, OnlyTheNewestSinkHearsAndNoneOnceItIsGone) {
-    {
-        CCaptureSink first;
-        CCaptureSink second;
-        LogError(nullptr, "to second");
-        EXPECT_TRUE(first.entries.empty());
-        EXPECT_EQ(second.entries, Entries{"1 [] 0 to second"});
-    }
+TEST(ProgramLog, OnlyTheNewestSinkHearsAndNoneOnceOneIsGone) {
+    auto first = std::make_unique<CCaptureSink>();
+    CCaptureSink second;
+    LogError(nullptr, "to second");
+    EXPECT_TRUE(first->entries.empty());
+    first.reset();  // the older one: the newer one is not heard either from now on
     EXPECT_EQ(CLogInterface::GetCurrent(), nullptr);
     LogError(nullptr, "dropped");
+    EXPECT_EQ(second.entries, Entries{"1 [] 0 to second"});
 }
 
 }  // namespace

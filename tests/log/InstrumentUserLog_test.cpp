@@ -54,7 +54,8 @@ TEST_F(UserLog, EntriesAreAppendedWithStampAndCrLf) {
     const std::string after = CInstrumentTime::Now().FormatSettings();
     EXPECT_FALSE(AddUserLogEntryToFile(m_folder / "missing/UserLog.vtx", "lost"));
     EXPECT_EQ(Unstamped(path, before, after),
-              "01012019 0000\told entry\nS\tUpdate started\nS\t--- Multi-line ---\n -> a\n -> b\nS\tone\n"
+              "01012019 0000\told entry\nS\tUpdate started\nS\t--- Multi-line ---\n -> a\n -> b\n"
+              "S\t--- Multi-line ---\n -> one\n -> \n"
               "S\t--- Multi-line ---\n -> x\r\n -> y\n -> \n -> z\nS\t\nS\t\n");
 }
 

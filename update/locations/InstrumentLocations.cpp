@@ -2,12 +2,11 @@
 
 namespace {
 
-// Built on first use rather than as a namespace-scope object, so that objects registering
-// themselves during static construction can already compose paths.
-const std::string& Separator() {
-    static const std::string separator("/");
-    return separator;
-}
+// A constant, in place before any code of the program runs: objects registering themselves
+// during static construction can already compose paths.
+constexpr char kSeparator[] = "/";
+
+std::string Separator() { return kSeparator; }
 
 std::string Join(const std::string& folder, const std::string& name) { return folder + Separator() + name; }
 

@@ -5,10 +5,6 @@
 
 #include <string>
 
-// Matches the instrument's update log files in the application folder.
-inline constexpr const char kLogFilePattern[] = "*.log";
-inline constexpr const char kManualArchiveName[] = "Korvalin-manual.zip";
-
 // "/", the one separator every composed path is joined with.
 std::string GetPathSeparator();
 // folder, the separator, name.

@@ -128,8 +128,6 @@ void startProc(CExternalProc& proc) {
     if (pipe2(proc.errPipe, O_CLOEXEC) != 0) {
         VtxDebugTrace(kModule, "startProc", "pipe fail %d", errno);
         proc.errPipe[0] = proc.errPipe[1] = -1;
-        CloseDescriptor(proc.outPipe[0]);
-        CloseDescriptor(proc.outPipe[1]);
         return;
     }
 
@@ -206,6 +204,9 @@ bool stillRunning(CExternalProc& proc) {
 }
 
 bool readProcOutput(CExternalProc& proc, std::string* out, std::string* err) {
+    // A program that never started wrote nothing; a start that stopped between the two pipes
+    // left the output pipe's write end open here, and reading would wait for ever.
+    if (proc.pid <= 0) return true;
     struct Stream {
         int fd;
         std::string* text;
@@ -240,8 +241,11 @@ bool readProcOutput(CExternalProc& proc, std::string* out, std::string* err) {
 }
 
 void closeProcPipes(CExternalProc& proc) {
-    CloseDescriptor(proc.outPipe[0]);
-    CloseDescriptor(proc.errPipe[0]);
+    // The write ends are still open only when the start stopped between the two pipes.
+    for (int* pipe : {proc.outPipe, proc.errPipe}) {
+        CloseDescriptor(pipe[0]);
+        CloseDescriptor(pipe[1]);
+    }
 }
 
 void RunExternalProgram(bool wait, const std::string& programPath, const std::string& arguments) {

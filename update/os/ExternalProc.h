@@ -26,9 +26,10 @@ void waitForCompletion(CExternalProc& proc);
 bool stillRunning(CExternalProc& proc);
 
 // Reads both pipes until the program has closed them (blocking, whatever the read ends' mode).
-// Either text may be null to discard that stream. False on a read error.
+// Either text may be null to discard that stream. False on a read error; true at once for a
+// program that never started.
 bool readProcOutput(CExternalProc& proc, std::string* out, std::string* err);
-// Closes the read ends that are still open.
+// Closes what is still open of both pipes.
 void closeProcPipes(CExternalProc& proc);
 
 // Runs "\"" program "\"" plus " " arguments (when not empty) and optionally waits for it. The
