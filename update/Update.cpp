@@ -77,14 +77,13 @@ void CUpdateProcedure::DetachScreen() {
 }
 
 void CUpdateProcedure::ShowStatus(const std::string& text) {
-    {
-        std::lock_guard<std::mutex> lock(m_screenMutex);
-        if (m_screen) m_screen->ShowStatusText(text);
-    }
     // The program log gets every status text too: a service engineer reading the console sees
-    // what the screen said. Logged after the screen has the text, so that a paint reported after
-    // this line shows it (the screenshots of the end-to-end runs wait for that).
+    // what the screen said. Logged before the screen takes the text, whose change asks for a
+    // repaint: so a paint is always reported after this line (the screenshots of the end-to-end
+    // runs wait for one). Logged after, the paint could come first, and none would follow.
     m_log.LogEvent("Status: " + text);
+    std::lock_guard<std::mutex> lock(m_screenMutex);
+    if (m_screen) m_screen->ShowStatusText(text);
 }
 
 void CUpdateProcedure::ShowCode(int code, const std::string& detail) { ShowStatus(FormatStepCode(code) + detail); }
@@ -119,12 +118,10 @@ bool CUpdateProcedure::RunPrivileged(const std::string& command) {
 bool CUpdateProcedure::RunClosingSequence() {
     m_log.LogEvent("Update procedure started, special command " + std::to_string(GetSpecialCommand()));
     const bool succeeded = RunUpdateProcedure();
+    // Logged before the bar fills, as a status is logged before it shows (see ShowStatus).
+    m_log.LogEvent(succeeded ? "Update procedure succeeded" : "Update procedure failed");
     FillProgress();
-    if (!succeeded) {
-        m_log.LogEvent("Update procedure failed");
-        return false;
-    }
-    m_log.LogEvent("Update procedure succeeded");
+    if (!succeeded) return false;
     ShowStatus(GetText(eTextUpgradeSuccessful) + "...\n" + GetText(eTextRestartingApplication));
     Pause();
     RebootInstrument();
