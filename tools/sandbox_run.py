@@ -14,9 +14,8 @@ from pathlib import Path
 TOOLS = os.path.dirname(os.path.abspath(__file__))
 SANDBOX, WITH_XVFB, SESSION = (os.path.join(TOOLS, t)
                                for t in ("instrument-sandbox", "with-xvfb", "run-update-session"))
-# The instrument's and the stick's folders, and where each lies in the sandbox root.
-AREAS = {"/home/vtx/": "home/vtx/", "/media/usb/": "media/usb/", "/mnt/root-ro/": "rootro/",
-         "/usr/lib/i386-linux-gnu/": "usr-lib/i386-linux-gnu/", "/opt/": "opt/"}
+# The instrument's and the stick's folders that a run may change (Run.path places them in the root).
+AREAS = ("/home/vtx/", "/media/usb/", "/mnt/root-ro/", "/usr/lib/i386-linux-gnu/", "/opt/")
 
 
 class Run:

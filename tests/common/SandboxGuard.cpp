@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <vector>
 
 namespace vtxtest {
 
@@ -17,11 +18,14 @@ bool InsideInstrumentSandbox(std::string& why) {
     const char* const overlays[][3] = {{"/home", "vtx-home", "/home"}, {"/media", "vtx-media", "/media"},
                                        {"/opt", "vtx-opt", "/opt"},    {"/mnt", "vtx-mnt", "/mnt"},
                                        {"/usr/lib", "vtx-usr-lib", "/usr-lib"}};
+    std::vector<std::string> mounts;
+    std::ifstream mountinfo("/proc/self/mountinfo");
+    for (std::string line; std::getline(mountinfo, line);) mounts.push_back(line);
     for (const auto& overlay : overlays) {
         why = std::string(overlay[0]) + " is not the sandbox's";
         bool ours = false;  // the last mount on the point is the one that is seen
-        std::ifstream mounts("/proc/self/mountinfo");
-        for (std::string line, id, parent, device, inside, point; std::getline(mounts, line);) {
+        for (const std::string& line : mounts) {
+            std::string id, parent, device, inside, point;
             std::istringstream(line) >> id >> parent >> device >> inside >> point;
             const std::string::size_type tail = line.find(" - overlay " + std::string(overlay[1]) + " ");
             if (point == overlay[0])

@@ -26,6 +26,7 @@ import argparse
 import bisect
 import itertools
 import json
+import math
 import os
 import sys
 from collections import namedtuple
@@ -54,6 +55,12 @@ class Journal:
             folder = e.get("to_dir", e["dir"])
             self.durable_at[i] = next((j for j in range(i + 1, len(self.events)) if self._covers(self.events[j], e,
                                                                                                  folder)), None)
+        # Each folder that has name changes, by its path, for the labels of the c states.
+        self.folder_paths = {}
+        for i in self.names:
+            e = self.events[i]
+            self.folder_paths.setdefault(e.get("to_dir", e["dir"]),
+                                         AREAS[e["area"]] + os.path.dirname(e["path"]).rstrip("/"))
         for j, e in enumerate(self.events):
             if e["op"] == "fsync":
                 self.flushed.setdefault(e["id"], []).append((j, e["blob"]))
@@ -95,21 +102,10 @@ class Journal:
         folders = list(by_folder.values())
         everything = sorted(i for changes in folders for i in changes)
         choices = [("a", []), ("b", everything)]
-        if len(folders) > 1 or folders and len(folders[0]) > 1:
-            combinations = 1
-            for changes in folders:
-                combinations *= len(changes) + 1
-            if combinations <= MAX_COMBINATIONS:
-                for lengths in itertools.product(*(range(len(c) + 1) for c in folders)):
-                    kept = [i for changes, n in zip(folders, lengths) for i in changes[:n]]
-                    choices.append(("c " + self._label(by_folder, lengths), sorted(kept)))
-            else:
-                for f, changes in enumerate(folders):
-                    for n in range(len(changes) + 1):
-                        for rest in (False, True):
-                            lengths = [n if g == f else len(c) if rest else 0 for g, c in enumerate(folders)]
-                            kept = [i for c, m in zip(folders, lengths) for i in c[:m]]
-                            choices.append(("c " + self._label(by_folder, lengths), sorted(kept)))
+        if len(everything) > 1:
+            for lengths in self._prefix_lengths([len(changes) for changes in folders]):
+                kept = [i for changes, n in zip(folders, lengths) for i in changes[:n]]
+                choices.append(("c " + self._label(by_folder, lengths), sorted(kept)))
         seen, states = set(), []
         for label, kept in choices:
             key = tuple(kept)
@@ -118,13 +114,18 @@ class Journal:
                 states.append((label, self.tree(sorted(durable + kept), cut)))
         return states
 
+    @staticmethod
+    def _prefix_lengths(sizes):
+        """How many open changes of each folder the c states keep: every combination while there
+        are at most MAX_COMBINATIONS, else every prefix of one folder with all or none of the others."""
+        if math.prod(size + 1 for size in sizes) <= MAX_COMBINATIONS:
+            return itertools.product(*(range(size + 1) for size in sizes))
+        return ([n if g == f else size if rest else 0 for g, size in enumerate(sizes)]
+                for f in range(len(sizes)) for n in range(sizes[f] + 1) for rest in (False, True))
+
     def _label(self, by_folder, lengths):
         """Which open changes of which folder a c state keeps, by the folder's path."""
-        paths = {}
-        for i in self.names:
-            e = self.events[i]
-            paths.setdefault(e.get("to_dir", e["dir"]), AREAS[e["area"]] + os.path.dirname(e["path"]).rstrip("/"))
-        return ", ".join("%s %d/%d" % (paths[folder], n, len(changes))
+        return ", ".join("%s %d/%d" % (self.folder_paths[folder], n, len(changes))
                          for (folder, changes), n in zip(by_folder.items(), lengths))
 
     def data(self, ident, cut, initial):
