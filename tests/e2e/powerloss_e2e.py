@@ -1,6 +1,6 @@
 """Power cuts: the program is killed at each step of a full update (auxiliary file, font package;
 the operating-system update with a wrong runtime link), and what it leaves is checked against the
-table that the README publishes for service engineers (`powerloss_e2e.py --table` prints it).
+table that docs/power-loss.md publishes for service engineers (`powerloss_e2e.py --table` prints it).
 Killing loses nothing written: the powerloss_everywhere runs cut at every operation on disks that
 lose what was not flushed, and check every crash state against the table's promises."""
 
