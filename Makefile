@@ -15,7 +15,7 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
             clang libclang-rt-dev gcovr python3-fusepy file
 
 .PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update \
-        check-i386 package-i386 package-native
+        i386-root build-i386 check-i386 package-i386 package-native
 
 all: build
 
@@ -74,17 +74,31 @@ package-native: configure
 	cmake --build $(BUILD) -j $(JOBS) --target update
 	cd $(BUILD) && cpack -G DEB
 
-# The instrument's architecture: a Debian 12 i386 root on this machine's kernel (tools/i386-root
-# makes it once into I386_ROOT and reuses it), with the same packages (deps, inside), in which
-# the program is built into build-i386/ and the whole suite runs, as `make check` runs it here.
+# The instrument's architecture. A Debian 12 i386 root (tools/i386-root makes it once into
+# I386_ROOT and reuses it) holds the libraries and the test tools, with the packages below; the
+# i686 cross compiler builds into build-i386/ on this machine against that root, at this machine's
+# speed; the suite runs inside the root, as `make check` runs it here. On a kernel without 32-bit
+# support, every i386 program runs through qemu-user (tools/i386-root sets that up).
 I386_ROOT ?= /var/cache/vtx-i386/root
-IN_I386   := $(SUDO) env VTX_I386_ROOT=$(I386_ROOT) tools/i386-root -- make BUILD=build-i386 JOBS=$(JOBS)
+IN_I386   := $(SUDO) env VTX_I386_ROOT=$(I386_ROOT) tools/i386-root --
+# On this machine: the cross compiler, the root's maker, and the emulator for kernels that need it.
+I386_HOST_PACKAGES := g++-i686-linux-gnu debootstrap qemu-user-static
+# In the root: what the build links against and what the tests run; no compiler.
+I386_ROOT_PACKAGES := $(filter-out build-essential ninja-build clang libclang-rt-dev gcovr,$(PACKAGES)) cmake
 
-check-i386:
-	$(IN_I386) deps check CMAKE_ARGS="$(CMAKE_ARGS)" CTEST_ARGS="$(CTEST_ARGS)"
+i386-root:
+	@$(MAKE) --no-print-directory deps PACKAGES="$(I386_HOST_PACKAGES)"
+	$(IN_I386) make --no-print-directory deps PACKAGES="$(I386_ROOT_PACKAGES)"
 
-package-i386:
-	$(IN_I386) deps package-native CMAKE_ARGS="$(CMAKE_ARGS)"
+build-i386: i386-root
+	$(MAKE) build BUILD=build-i386 \
+	  CMAKE_ARGS="-DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/i686-linux-gnu.cmake -DVTX_I386_ROOT=$(I386_ROOT) $(CMAKE_ARGS)"
+
+check-i386: build-i386
+	$(IN_I386) ctest --test-dir build-i386 --output-on-failure -j $(JOBS) $(CTEST_ARGS)
+
+package-i386: build-i386
+	$(IN_I386) sh -c 'cd build-i386 && cpack -G DEB'
 
 # The whole suite under AddressSanitizer + UndefinedBehaviorSanitizer, and under ThreadSanitizer.
 # The suppression files list only what is proven to lie inside the toolkit's own libraries.
