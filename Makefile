@@ -38,7 +38,9 @@ build: configure
 check: build
 	cd $(BUILD) && $(CTEST_ENV) ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
 
-rehearse: build
+# The rehearsal runs the program alone: only its target is built.
+rehearse: configure
+	cmake --build $(BUILD) -j $(JOBS) --target update
 	tools/rehearse $(REHEARSE_ARGS)
 
 # The program against its yardsticks (bench/run-bench): start-up, whole update, memory, idle
