@@ -12,7 +12,7 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
             libwxgtk3.2-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev \
             xvfb xauth x11-apps x11-utils imagemagick util-linux \
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
-            clang libclang-rt-dev gcovr python3-fusepy file
+            clang libclang-rt-dev gcovr python3-fusepy file git
 
 .PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update \
         check-i386 package-i386 package-native
@@ -80,7 +80,10 @@ package-native: configure
 # makes it once into I386_ROOT and reuses it), with the same packages (deps, inside), in which
 # the program is built into build-i386/ and the whole suite runs, as `make check` runs it here.
 I386_ROOT ?= /var/cache/vtx-i386/root
-IN_I386   := $(SUDO) env VTX_I386_ROOT=$(I386_ROOT) tools/i386-root -- make BUILD=build-i386 JOBS=$(JOBS)
+# The build's version is taken here (a make variable reaches the build's environment): the root
+# sees the source tree, not always its history (a git worktree keeps it elsewhere).
+IN_I386   := $(SUDO) env VTX_I386_ROOT=$(I386_ROOT) tools/i386-root -- make BUILD=build-i386 JOBS=$(JOBS) \
+             VTX_BUILD_VERSION=$$(cmake -DSOURCE_DIR=. -P cmake/BuildVersion.cmake)
 
 check-i386:
 	$(IN_I386) deps check CMAKE_ARGS="$(CMAKE_ARGS)" CTEST_ARGS="$(CTEST_ARGS)"
