@@ -115,6 +115,34 @@ def sections(path=SHEET):
     return found
 
 
+def row_of(status, path=SHEET):
+    """The cells of the status line's row in the table "Every status line" (found as section_of
+    finds a section), by column name; None when there is none."""
+    with open(path, encoding="utf-8") as f:
+        table = f.read().split("\n## Every status line", 1)[1].split("\n## ", 1)[0]
+    lines = [x for x in table.splitlines() if x.startswith("| ")]
+    names = [c.strip() for c in lines[0].strip("|").split(" | ")]
+    rows = [dict(zip(names, (c.strip() for c in x.strip().strip("|").split(" | ")))) for x in lines[1:]]
+    section = section_of(status, path)
+    if not section:
+        return None
+    first = names[0]
+    codes = re.findall(r"\(\d\d\)", section.heading)
+    return next((r for r in rows if (codes and any(c in r[first] for c in codes)) or r[first] == section.heading),
+                None)
+
+
+def fail_line(line, path=SHEET):
+    """(cause, remedy) of a log's "FAIL - " line from the sheet's table of them; None if not there."""
+    with open(path, encoding="utf-8") as f:
+        table = f.read().split("\n## The `FAIL -` lines", 1)[1].split("\n## ", 1)[0]
+    for row in table.splitlines():
+        cells = [c.strip() for c in row.strip().strip("|").split(" | ")]
+        if len(cells) == 3 and cells[0] == line.strip():
+            return cells[1], cells[2]
+    return None
+
+
 def section_of(status, path=SHEET):
     """The section of what the status line shows at its end, in any language: a step code reads
     the same in every language, and so do the words after "Could not copy file(s): " (the copy

@@ -193,7 +193,7 @@ def on_the_sheet(run):
     screen shows in any language, gives the log's last lines and what the run has changed."""
     status = run.statuses()[-1]
     section = service_sheet.section_of(status)
-    check(section, "the service sheet has no section for %r" % status)
+    check(section and service_sheet.row_of(status), "the service sheet has no section or row for %r" % status)
     if run.log_before is not None:
         lines = [re.sub(r"Application_\d{8}_\d{4}", "Application_<stamp>",
                         re.sub("^(%s|%s)" % (US_PREFIX, EU_PREFIX), "<date>", x)) for x in appended_lines(run)]
@@ -201,6 +201,8 @@ def on_the_sheet(run):
         blocks = [[x.replace("<printed text>", printed) for x in b] for b in section.logs]
         check(lines == [] if section.no_log else any(lines[-len(b):] == b for b in blocks),
               "the log's last lines %r are not those of the sheet's %r" % (lines[-2:], section.heading))
+        for line in (x for x in lines if x.startswith("FAIL - ")):
+            check(service_sheet.fail_line(line), "the service sheet does not explain %r" % line)
     got = state(run)
     for key, (name, words) in SHEET_WORDS.items():
         check(words.get(got[key], got[key]) in section.changed.get(name, []), "the sheet's %r says %s: %s, the run "
