@@ -12,7 +12,7 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
             libwxgtk3.2-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev \
             xvfb xauth x11-apps x11-utils imagemagick util-linux \
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
-            clang libclang-rt-dev gcovr python3-fusepy file
+            clang libclang-rt-dev gcovr python3-fusepy file git
 
 .PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update \
         i386-root build-i386 check-i386 package-i386 package-native
@@ -38,7 +38,9 @@ build: configure
 check: build
 	cd $(BUILD) && $(CTEST_ENV) ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
 
-rehearse: build
+# The rehearsal runs the program alone: only its target is built.
+rehearse: configure
+	cmake --build $(BUILD) -j $(JOBS) --target update
 	tools/rehearse $(REHEARSE_ARGS)
 
 # The program against its yardsticks (bench/run-bench): start-up, whole update, memory, idle
@@ -84,7 +86,7 @@ IN_I386   := $(SUDO) env VTX_I386_ROOT=$(I386_ROOT) tools/i386-root --
 # On this machine: the cross compiler, the root's maker, and the emulator for kernels that need it.
 I386_HOST_PACKAGES := g++-i686-linux-gnu debootstrap qemu-user-static
 # In the root: what the build links against and what the tests run; no compiler.
-I386_ROOT_PACKAGES := $(filter-out build-essential ninja-build clang libclang-rt-dev gcovr,$(PACKAGES)) cmake
+I386_ROOT_PACKAGES := $(filter-out build-essential ninja-build clang libclang-rt-dev gcovr git,$(PACKAGES)) cmake
 
 i386-root:
 	@$(MAKE) --no-print-directory deps PACKAGES="$(I386_HOST_PACKAGES)"

@@ -11,7 +11,14 @@
 
 wxIMPLEMENT_APP_NO_MAIN(CServerApp);
 
+// The build's version (made at build time, cmake/BuildVersion.cmake).
+extern const char kVtxBuildVersion[];
+
 int main(int argc, char** argv) {
+    // The console's first line says which build runs, as `dpkg -s vtx-update` names the installed
+    // one: before the toolkit starts, so that even a start that fails shows it.
+    std::fprintf(stderr, "vtx-update %s\n", kVtxBuildVersion);
+    std::fflush(stderr);
     const int status = wxEntry(argc, argv);
     // A worker still busy when the main loop ends (the frame closed during a long copy) goes on
     // using the program's function-level singletons, text tables and log sink; the destructors

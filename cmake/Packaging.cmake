@@ -7,6 +7,10 @@ install(TARGETS update RUNTIME DESTINATION home/vtx/Code COMPONENT update)
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vtx-update)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+# The version of the build being packed, as the program names it (cmake/BuildVersion.cmake),
+# read when cpack runs: the configure-time version above would stay behind the history.
+set(CPACK_VTX_VERSION_TEXT ${VTX_VERSION_TEXT})
+set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_CURRENT_LIST_DIR}/CPackVersion.cmake)
 set(CPACK_PACKAGE_VENDOR "Korvalin")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "software-update utility of the Korvalin veterinary analyser")
 set(CPACK_PACKAGE_DESCRIPTION

@@ -17,6 +17,7 @@ import tempfile
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(HERE)), "tools"))
 from sandbox_run import SANDBOX, SESSION, Run, Scenario, both, execute, gone, package, prepare, put  # noqa: E402,F401
+import service_sheet  # noqa: E402
 
 US_PREFIX = r"\d\d/\d\d/\d{4} \d\d:\d\d [AP]M"
 EU_PREFIX = r"\d\d/\d\d/\d{4} \d\d:\d\d"
@@ -173,6 +174,49 @@ def paused(run):
             check(gap >= 2.0, "%r followed after %.3f s by %r" % (lines[i][1], gap, lines[i + 1][1]))
 
 
+# How the service sheet's sections name each part of state(run): its line's name, and the word for
+# each value.
+SHEET_WORDS = {
+    "application": ("application", {"old": "old build", "new": "new build", "chinese": "new build", "none": "missing"}),
+    "backup": ("backup", {"none": "none", "complete": "made"}),
+    "zip": ("`Code/zip`", {"none": "none", "complete": "copied", "unchanged": "unchanged"}),
+    "fonts": ("fonts", {"none": "none", "complete": "copied, not unpacked", "unpacked": "unpacked",
+                        "unchanged": "unchanged"}),
+    "stick_log": ("log on the stick", {"none": "none", "complete": "copied", "unchanged": "unchanged"}),
+    "new_folder": ("`Code/NEW`", {"present": "still there", "removed": "removed"}),
+    "runtime": ("runtime in the root image", {"old": "unchanged", "replaced": "replaced"}),
+}
+
+
+def on_the_sheet(run):
+    """A failure is in the service sheet (docs/service-sheet.md): its section, found by what the
+    screen shows in any language, gives the log's last lines and what the run has changed."""
+    status = run.statuses()[-1]
+    section = service_sheet.section_of(status)
+    check(section and service_sheet.row_of(status), "the service sheet has no section or row for %r" % status)
+    if run.log_before is not None:
+        lines = [re.sub(r"Application_\d{8}_\d{4}", "Application_<stamp>",
+                        re.sub("^(%s|%s)" % (US_PREFIX, EU_PREFIX), "<date>", x)) for x in appended_lines(run)]
+        printed = status.split(": ", 1)[-1]
+        blocks = [[x.replace("<printed text>", printed) for x in b] for b in section.logs]
+        check(lines == [] if section.no_log else any(lines[-len(b):] == b for b in blocks),
+              "the log's last lines %r are not those of the sheet's %r" % (lines[-2:], section.heading))
+        for line in (x for x in lines if x.startswith("FAIL - ")):
+            check(service_sheet.fail_line(line), "the service sheet does not explain %r" % line)
+    got = state(run)
+    for key, (name, words) in SHEET_WORDS.items():
+        check(words.get(got[key], got[key]) in section.changed.get(name, []), "the sheet's %r says %s: %s, the run "
+              "left %s" % (section.heading, name, " or ".join(section.changed.get(name, ["nothing"])), got[key]))
+
+
+def names_its_build(run, program):
+    """The console's first line names the build, as the build tree has it."""
+    first = run.record("stderr.log").split("\n", 1)[0]
+    text = os.path.join(os.path.dirname(os.path.abspath(program)), "version.txt")
+    want = "vtx-update " + (open(text).read().strip() if os.path.exists(text) else "")
+    check(first == want if os.path.exists(text) else first.startswith(want), "first console line %r" % first)
+
+
 SCENARIOS = {}
 
 
@@ -196,7 +240,10 @@ def run_scenario(sc, program, keep=False):
             if sc.expect is not cannot_start:
                 check(run.statuses(), "no status text was shown")
                 paused(run)
+                names_its_build(run, program)
             sc.expect(run)
+            if session[0] == "failed":
+                on_the_sheet(run)
         except Failure:
             sys.stderr.write(output + "--- program console ---\n" + run.record("stderr.log"))
             raise
