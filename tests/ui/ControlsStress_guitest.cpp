@@ -42,6 +42,13 @@ TEST(ControlsStress, WorkerSetsWhileTheGuiThreadPaints) {
     auto* field = new CCheckingField(frame, wxID_ANY, CRect(20, 300, 760, 110));
     auto* bar = new CInstrumentProgressBase(frame, wxID_ANY, CRect(100, 200, 600, 56));
 
+    // The race is between painting and setting: the field must be on screen before the worker
+    // starts, or a fast worker (or a slow display) ends before anything was painted.
+    ASSERT_TRUE(vtxtest::WaitFor([&] {
+        field->Refresh(false);
+        return field->paints > 0;
+    }));
+
     constexpr int kRounds = 5000;
     std::atomic<bool> done{false};
     std::thread worker([&] {
