@@ -12,10 +12,10 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
             libwxgtk3.2-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev \
             xvfb xauth x11-apps x11-utils imagemagick util-linux \
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
-            clang libclang-rt-dev gcovr python3-fusepy file
+            clang libclang-rt-dev gcovr python3-fusepy file patchelf
 
 .PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update \
-        check-i386 package-i386 package-native
+        check-i386 package-i386 package-native check-oldsystem
 
 all: build
 
@@ -85,6 +85,15 @@ check-i386:
 
 package-i386:
 	$(IN_I386) deps package-native CMAKE_ARGS="$(CMAKE_ARGS)"
+
+# The instrument's package on an older i386 system than it is built on, Debian 11 (made once into
+# OLD_SYSTEM_ROOT by tools/old-system-root): installed there with dpkg and run end to end on a
+# private Xvfb display of this machine (tests/e2e/oldsystem_e2e.py).
+OLD_SYSTEM_ROOT ?= /var/cache/vtx-i386/bullseye
+
+check-oldsystem: deps package-i386
+	$(SUDO) env VTX_OLD_SYSTEM_ROOT=$(OLD_SYSTEM_ROOT) tools/with-xvfb /usr/bin/python3 tests/e2e/oldsystem_e2e.py \
+	  --deb "$$(ls -t build-i386/vtx-update_*_i386.deb | head -n 1)"
 
 # The whole suite under AddressSanitizer + UndefinedBehaviorSanitizer, and under ThreadSanitizer.
 # The suppression files list only what is proven to lie inside the toolkit's own libraries.
