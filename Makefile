@@ -12,10 +12,10 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
             libwxgtk3.2-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev \
             xvfb xauth x11-apps x11-utils imagemagick util-linux \
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
-            clang libclang-rt-dev gcovr python3-fusepy file git
+            clang libclang-rt-dev gcovr python3-fusepy file git patchelf
 
 .PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update \
-        i386-root build-i386 check-i386 package-i386 package-native
+        i386-root build-i386 check-i386 package-i386 package-native check-oldsystem
 
 all: build
 
@@ -86,7 +86,7 @@ IN_I386   := $(SUDO) env VTX_I386_ROOT=$(I386_ROOT) tools/i386-root --
 # On this machine: the cross compiler, the root's maker, and the emulator for kernels that need it.
 I386_HOST_PACKAGES := g++-i686-linux-gnu debootstrap qemu-user-static
 # In the root: what the build links against and what the tests run; no compiler.
-I386_ROOT_PACKAGES := $(filter-out build-essential ninja-build clang libclang-rt-dev gcovr git,$(PACKAGES)) cmake
+I386_ROOT_PACKAGES := $(filter-out build-essential ninja-build clang libclang-rt-dev gcovr git,$(PACKAGES)) cmake binutils
 
 i386-root:
 	@$(MAKE) --no-print-directory deps PACKAGES="$(I386_HOST_PACKAGES)"
@@ -99,8 +99,18 @@ build-i386: i386-root
 check-i386: build-i386
 	$(IN_I386) ctest --test-dir build-i386 --output-on-failure -j $(JOBS) $(CTEST_ARGS)
 
+# Made on this machine: its cpack, patchelf and binutils serve the i386 program as well.
 package-i386: build-i386
-	$(IN_I386) sh -c 'cd build-i386 && cpack -G DEB'
+	cd build-i386 && cpack -G DEB
+
+# The instrument's package on an older i386 system than it is built on, Debian 11 (made once into
+# OLD_SYSTEM_ROOT by tools/old-system-root): installed there with dpkg and run end to end on a
+# private Xvfb display of this machine (tests/e2e/oldsystem_e2e.py).
+OLD_SYSTEM_ROOT ?= /var/cache/vtx-i386/bullseye
+
+check-oldsystem: deps package-i386
+	$(SUDO) env VTX_OLD_SYSTEM_ROOT=$(OLD_SYSTEM_ROOT) tools/with-xvfb /usr/bin/python3 tests/e2e/oldsystem_e2e.py \
+	  --deb "$$(ls -t build-i386/vtx-update_*_i386.deb | head -n 1)"
 
 # The whole suite under AddressSanitizer + UndefinedBehaviorSanitizer, and under ThreadSanitizer.
 # The suppression files list only what is proven to lie inside the toolkit's own libraries.

@@ -29,6 +29,9 @@ endif()
 set(CMAKE_C_COMPILER i686-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER i686-linux-gnu-g++)
 set(CMAKE_SYSROOT "${VTX_I386_ROOT}")
+# The build machine's binutils read i386 programs too, and the root has the same at the same path:
+# the package can be stripped on either side.
+set(CMAKE_STRIP /usr/bin/strip CACHE FILEPATH "")
 set(CMAKE_FIND_ROOT_PATH "${VTX_I386_ROOT}")
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

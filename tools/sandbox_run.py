@@ -14,6 +14,9 @@ from pathlib import Path
 TOOLS = os.path.dirname(os.path.abspath(__file__))
 SANDBOX, WITH_XVFB, SESSION = (os.path.join(TOOLS, t)
                                for t in ("instrument-sandbox", "with-xvfb", "run-update-session"))
+# A command that the sandbox itself runs under, such as another system's root
+# (tools/old-system-root ... --); empty: this machine.
+WRAP = []
 # The instrument's and the stick's folders that a run may change (Run.path places them in the root).
 AREAS = ("/home/vtx/", "/media/usb/", "/mnt/root-ro/", "/usr/lib/i386-linux-gnu/", "/opt/")
 
@@ -87,7 +90,7 @@ class Scenario:
 
 def prepare(sc, root, extra_setup=None, log="/home/vtx/Code/instrument.log"):
     """Lays out the sandbox root of a scenario; returns the Run, with the files as they were."""
-    subprocess.run([SANDBOX, "--root", root, "--init"] + sc.layout, check=True)
+    subprocess.run(WRAP + [SANDBOX, "--root", root, "--init"] + sc.layout, check=True)
     run = Run(root)
     for setup in filter(None, (sc.setup, extra_setup)):
         setup(run)
@@ -111,7 +114,7 @@ def execute(sc, run, program, use_display=False, extra_args=()):
         return str(path)
     for tool, body in (sc.path_stubs or {}).items():
         script("stubs/" + tool, "#!/bin/sh\n" + body)
-    cmd = [SANDBOX, "--root", run.root] + sc.sandbox
+    cmd = WRAP + [SANDBOX, "--root", run.root] + sc.sandbox
     cmd += ["--inside-setup", script("inside-setup.sh", sc.inside)] if sc.inside else []
     cmd += ["--"] + ([] if use_display else [WITH_XVFB]) + [SESSION, os.path.abspath(program)] + sc.args
     proc = subprocess.run(cmd + list(extra_args), env=env, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # The Debian package, built from a build tree and installed with dpkg --root into a scratch root:
-# it holds the program at /home/vtx/Code/update and nothing else, declares the packages its
-# libraries come from and the tools and fonts it needs, installs and removes cleanly. Needs no root
-# rights and never touches the real /home/vtx.
+# it holds the program at /home/vtx/Code/update and, where it carries its runtime (i386), that
+# runtime in /home/vtx/Code/update-runtime and nothing else; it declares the tools and fonts it
+# needs and, the plain one, the packages its libraries come from; it installs and removes cleanly.
+# Needs no root rights and never touches the real /home/vtx.
 #
 #   check_package.sh BUILD_DIR
 set -euo pipefail
@@ -26,12 +27,26 @@ for needed in mount fonts-liberation fonts-linuxlibertine fonts-wqy-microhei; do
   grep -qxF "$needed" <<<"$depends" || fail "Depends lacks $needed"
 done
 
-# The files with owner and mode (some dpkg-deb versions list the root folder itself).
-listing=$(dpkg-deb -c "$deb" | awk '$6 != "./" {print $1, $2, $6}')
+# The files with owner and mode (some dpkg-deb versions list the root folder itself); the runtime
+# folder's are looked at below.
+runtime=home/vtx/Code/update-runtime
+all=$(dpkg-deb -c "$deb" | awk '$6 != "./" {print $1, $2, $6}')
+listing=$(grep -v " ./$runtime/." <<<"$all")
 expected="drwxr-xr-x root/root ./home/
 drwxr-xr-x root/root ./home/vtx/
 drwxr-xr-x root/root ./home/vtx/Code/
 -rwxr-xr-x root/root ./home/vtx/Code/update"
+bundled=0
+if grep -q " ./$runtime/\$" <<<"$all"; then
+  bundled=1
+  expected=$expected$'\n'"drwxr-xr-x root/root ./$runtime/"
+  # Plain files owned by root, the libraries not executable, the loader executable.
+  odd=$(grep " ./$runtime/." <<<"$all" | grep -vE '^-rw-r--r-- root/root [^ ]+\.so[.0-9]*$' |
+        grep -vE "^-rwxr-xr-x root/root ./$runtime/ld-linux[^/]*\\.so\\.[0-9]+$" || true)
+  [ -z "$odd" ] || fail "runtime folder entries:"$'\n'"$odd"
+  lib_depends=$(grep -E '^lib' <<<"$depends" || true)
+  [ -z "$lib_depends" ] || fail "the package carrying its runtime depends on libraries: $lib_depends"
+fi
 [ "$listing" = "$expected" ] || fail "package contents:"$'\n'"$listing"
 
 root=$scratch/root
@@ -42,6 +57,25 @@ dpkg_root() { dpkg --root="$root" --log=/dev/null --force-not-root --force-depen
 dpkg_root -i "$deb" > "$scratch/install.log" 2>&1 || { cat "$scratch/install.log" >&2; fail "dpkg -i"; }
 program=$root/home/vtx/Code/update
 head -c 4 "$program" 2>/dev/null | grep -q ELF && [ -x "$program" ] || fail "no program at /home/vtx/Code/update"
+dynamic() { readelf -dW "$1" 2>/dev/null; }
+if [ "$bundled" = 1 ]; then
+  # Tied to its runtime by interpreter and RPATH, searching no default folder; every library that
+  # it or a bundled one names is there; no bundled library searches elsewhere.
+  interp=$(readelf -lW "$program" | sed -n 's/.*Requesting program interpreter: \(.*\)]/\1/p')
+  [[ "$interp" == "/$runtime/ld-linux"* ]] && [ -x "$root$interp" ] || fail "interpreter $interp"
+  dynamic "$program" | grep -qE "\(RPATH\) +Library rpath: \[/$runtime\]" || fail "no RPATH /$runtime"
+  for f in "$program" "$root/$runtime"/*.so*; do
+    [ "$f" = "$root$interp" ] && continue
+    dynamic "$f" | grep -q 'Flags: .*NODEFLIB' || fail "$f searches the default folders"
+    [ "$f" = "$program" ] || ! dynamic "$f" | grep -qE '\((RPATH|RUNPATH)\)' || fail "$f has a search path of its own"
+    for soname in $(dynamic "$f" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
+      [ -f "$root/$runtime/$soname" ] || fail "$soname, needed by $(basename "$f"), is not in the runtime folder"
+    done
+  done
+  # The system's loader cache and gconv modules are out of reach of the bundled loader and C library.
+  ! grep -qaP '\x00/etc/ld\.so\.cache\x00' "$root$interp" || fail "the bundled loader still reads /etc/ld.so.cache"
+  ! grep -qaP '\x00/usr/lib/i386-linux-gnu/gconv\x00' "$root/$runtime/libc.so.6" || fail "the bundled C library reads the system's gconv"
+else
 # Every library the program names resolves, and comes from a package in Depends.
 resolved=$(ldd "$program" 2>&1) && ! grep -q 'not found' <<<"$resolved" || fail "ldd:"$'\n'"$resolved"
 for soname in $(objdump -p "$program" 2>/dev/null | awk '$1 == "NEEDED" {print $2}'); do
@@ -51,13 +85,14 @@ for soname in $(objdump -p "$program" 2>/dev/null | awk '$1 == "NEEDED" {print $
           dpkg-query -S "${path#/usr}" 2>/dev/null || true)
   grep -qxF "${owner%%:*}" <<<"$depends" || fail "Depends lacks ${owner%%:*}, which provides $soname ($path)"
 done
+fi
 # The package names the build it holds: the version the program states on its first console line.
 version=$(dpkg-deb -f "$deb" Version)
 [ "$version" = "$(cat "$build/version.txt" 2>/dev/null)" ] || fail "package version $version, build $(cat "$build/version.txt")"
 [[ $version =~ ^[0-9][0-9.]*(\+([0-9]+\.g[0-9a-f]+(\.dirty)?|nogit))?$ ]] || fail "version $version names no build"
 grep -aqF -- "$version" "$program" || fail "the program does not name its version $version"
 dpkg_root -r vtx-update > "$scratch/remove.log" 2>&1 || fail "dpkg could not remove the package"
-[ ! -e "$program" ] || fail "the program is still there after removal"
+[ ! -e "$program" ] && [ ! -e "$root/$runtime" ] || fail "the program is still there after removal"
 
 [ "$failures" = 0 ] && echo "package $(basename "$deb"): contents, dependencies, install and removal as expected"
 exit $((failures > 0))

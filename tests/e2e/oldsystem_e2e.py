@@ -1,0 +1,204 @@
+#!/usr/bin/python3
+"""End-to-end scenarios of the installed i386 package on an older i386 system than the one it was
+built on: Debian 11 (tools/old-system-root), with only the fonts added, the package installed with
+dpkg, and, as on an instrument with OpenGL, a libGL.so.1 in the system's library folder and a
+libGLX.so.1 in a folder of its own, both listed in /etc/ld.so.cache. The program runs from
+/home/vtx/Code in the instrument sandbox inside that system, on the caller's X display.
+
+    with-xvfb oldsystem_e2e.py --deb vtx-update_<version>_i386.deb [--keep] [SCENARIO...]
+    oldsystem_e2e.py --list
+"""
+
+import argparse
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+REPO = os.path.dirname(os.path.dirname(HERE))
+sys.path.insert(0, os.path.join(REPO, "tools"))
+sys.path.insert(0, HERE)
+import sandbox_run  # noqa: E402
+import update_e2e as e2e  # noqa: E402
+from update_e2e import check  # noqa: E402
+
+OLD_SYSTEM = os.path.join(REPO, "tools", "old-system-root")
+PROGRAM = "/home/vtx/Code/update"
+RUNTIME = "/home/vtx/Code/update-runtime/"
+# A file of the runtime folder as /proc/PID/maps names it: inside the sandbox's overlay, relative to
+# the overlaid folder.
+IN_RUNTIME = re.compile(r"^(/home)?/vtx/Code/update-runtime/")
+PASSED_ENV = ("DISPLAY", "HOME", "LANG", "LC_ALL", "NO_AT_BRIDGE", "GDK_BACKEND", "TZ", "VTX_SESSION_TIMEOUT")
+# Variables through which a runtime would reach the programs the update starts.
+RUNTIME_VARIABLES = ("LD_LIBRARY_PATH", "LD_PRELOAD", "GCONV_PATH", "LOCPATH", "GIO_MODULE_DIR",
+                     "GDK_PIXBUF_MODULE_FILE", "GTK_PATH", "FONTCONFIG_FILE")
+# Every shell command of the update that copies goes through cp: this one first notes what the
+# program and the command itself have loaded, and with which environment.
+WATCHING_CP = r'''program=$(cat "$ROOT/record/pid")
+cat "/proc/$program/maps" > "$ROOT/record/program-maps"
+readlink "/proc/$program/exe" > "$ROOT/record/program-exe"
+tr '\0' '\n' < "/proc/$program/cmdline" > "$ROOT/record/program-cmdline"
+cat /proc/$$/maps > "$ROOT/record/command-maps"
+env > "$ROOT/record/command-env"
+exec /bin/cp "$@"
+'''
+
+
+def mapped_files(maps):
+    """The files in a /proc/PID/maps but an emulator's own (qemu-user, where the kernel runs no
+    i386 code)."""
+    files = {line.split(None, 5)[5] for line in maps.splitlines() if len(line.split(None, 5)) == 6}
+    return {f for f in files if f.startswith("/") and not os.path.basename(f).startswith("qemu-")}
+
+
+def own_runtime_only(run):
+    """The program runs as itself and has loaded nothing but its own runtime; the shell command it
+    started runs on the system's C library, with no variable of the program's runtime."""
+    # Started through the loader, the program would be named by neither; under qemu-user the
+    # emulator is the process, and the program its first argument.
+    exe, cmdline = run.record("program-exe").strip(), run.record("program-cmdline").splitlines()
+    check(exe == PROGRAM and cmdline[:1] == [PROGRAM] or os.path.basename(exe).startswith("qemu-")
+          and cmdline[1:2] == [PROGRAM], "the program runs as %s, %s" % (exe, cmdline))
+    libs = {f for f in mapped_files(run.record("program-maps")) if ".so" in f}
+    check(libs and all(IN_RUNTIME.match(f) for f in libs),
+          "the program loaded from elsewhere: %s" % sorted(f for f in libs if not IN_RUNTIME.match(f)))
+    command = mapped_files(run.record("command-maps"))
+    check(any(re.search(r"i386-linux-gnu/libc(-2\.31)?\.so", f) for f in command)
+          and not any(IN_RUNTIME.match(f) for f in command), "the shell command's libraries: %s" % sorted(command))
+    env = dict(line.split("=", 1) for line in run.record("command-env").splitlines() if "=" in line)
+    check(not any(k in env for k in RUNTIME_VARIABLES) and not any(RUNTIME in v for v in env.values()),
+          "the shell command's environment carries the runtime: %s" % env)
+
+
+def ended(status, log, expected, privileged, more=None):
+    def expect(run):
+        statuses = run.statuses()
+        check(statuses and statuses[0] == "Copying files..." and statuses[-1] == status,
+              "statuses %r, expected ... %r" % (statuses, status))
+        e2e.log_is(run, log)
+        e2e.files_as(run, expected)
+        rebooted = os.path.exists(os.path.join(run.root, "record", "reboot"))
+        check(rebooted == (status == e2e.SUCCESS), "the reboot was%s asked for" % ("" if rebooted else " not"))
+        check(run.privileged() == privileged, "privileged commands %r" % run.privileged())
+        if more:
+            more(run)
+    return expect
+
+
+def refused(run):
+    """The runtime folder is damaged: the loader names what is missing, nothing changes."""
+    check(run.session() == ["exited", "127"] and "error while loading shared libraries: libwx_baseu-3.2.so.0"
+          in run.record("stderr.log") and run.files() == run.before, "session %s" % run.session())
+
+
+def whiteout(path):
+    """path hidden in the sandbox, as if removed, though the system below has it."""
+    def setup(run):
+        os.makedirs(os.path.dirname(run.path(path)), exist_ok=True)
+        os.mknod(run.path(path), 0o600 | 0o020000, os.makedev(0, 0))
+    return setup
+
+
+SCENARIOS = {}
+
+
+def add(name, doc, expect, **kw):
+    kw.setdefault("path_stubs", {"cp": WATCHING_CP})
+    SCENARIOS[name] = sandbox_run.Scenario(name, doc, expect=expect, **kw)
+
+
+add("happy_path", "the whole update on the older system, with its OpenGL listed in the loader cache",
+    ended(e2e.SUCCESS, e2e.DONE_LOG, e2e.DONE, ["reboot"], own_runtime_only))
+add("code_16", "the runtime link removed: the program starts and shows 16",
+    ended("Disk error... (16)", e2e.SYSTEMS_CHECK[:2] + ["FAIL - cannot read link version", "Contact service!"],
+          e2e.FRESH, []), layout=["--link", "missing"])
+add("code_17_18", "a relative runtime link and no runtime on the stick: 17, then 18",
+    ended("Disk error... (18)", e2e.OS_UPDATE[:4] + ["FAIL - no prerequisites on USB"], e2e.FRESH, [],
+          lambda run: check("Disk error... (17)" in run.statuses(), "17 was not shown")),
+    layout=["--link", "relative"])
+add("link_to_absent_6022", "the link names a runtime 6.0.22 that is not there (right after the OS update)",
+    ended(e2e.SUCCESS, e2e.DONE_LOG, e2e.DONE, ["reboot"], own_runtime_only),
+    setup=e2e.gone("/usr/lib/i386-linux-gnu/libstdc++.so.6.0.22"))
+add("runtime_damaged", "a library of the program's runtime folder missing: the loader refuses, exit status 127",
+    refused, setup=whiteout(RUNTIME + "libwx_baseu-3.2.so.0"))
+
+
+def install(deb, upper):
+    """The package, and the stand-ins of an OpenGL installation, into the older system."""
+    def old(*command):
+        subprocess.run([OLD_SYSTEM, "--upper", upper, "--bind", os.path.dirname(deb), "--"] + list(command),
+                       check=True, stdout=subprocess.DEVNULL)
+    old("dpkg", "-i", deb)
+    # Any loadable library will do as a stand-in; the loader cache lists it by the name it carries.
+    libs = os.path.join(upper, "changes")
+    for path in ("/usr/lib/i386-linux-gnu/libGL.so.1", "/opt/gl/libGLX.so.1"):
+        os.makedirs(os.path.dirname(libs + path), exist_ok=True)
+        old("cp", "/lib/i386-linux-gnu/libz.so.1", path)
+        subprocess.run(["patchelf", "--set-soname", os.path.basename(path), libs + path], check=True)
+    os.makedirs(libs + "/etc/ld.so.conf.d", exist_ok=True)
+    with open(libs + "/etc/ld.so.conf.d/opengl.conf", "w") as f:
+        f.write("/opt/gl\n")
+    old("ldconfig")
+    cache = subprocess.run([OLD_SYSTEM, "--upper", upper, "--", "ldconfig", "-p"], check=True,
+                           stdout=subprocess.PIPE, text=True).stdout
+    check(re.search(r"=> (/usr)?/lib/i386-linux-gnu/libGL\.so\.1$", cache, re.M) and "=> /opt/gl/libGLX.so.1" in cache,
+          "the loader cache does not list the OpenGL stand-ins:\n" + cache)
+
+
+def run_scenario(sc, work, keep):
+    root = tempfile.mkdtemp(prefix="%s-" % sc.name, dir=os.path.join(work, "roots"))
+    run = sandbox_run.prepare(sc, root)
+    output = sandbox_run.execute(sc, run, PROGRAM, use_display=True)
+    try:
+        session = run.session()
+        check(session and not session[0].startswith("timeout"), "the program did not come to an end: %s" % session)
+        if sc.expect is not refused:
+            check(session[-1] == "143", "session %s" % session)
+            e2e.paused(run)
+        sc.expect(run)
+    except e2e.Failure:
+        sys.stderr.write(output + "--- program console ---\n" + run.record("stderr.log"))
+        raise
+    finally:
+        print("kept sandbox root %s" % root) if keep else shutil.rmtree(root, ignore_errors=True)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--deb", required="--list" not in sys.argv)
+    parser.add_argument("--list", action="store_true")
+    parser.add_argument("--keep", action="store_true", help="keep the sandbox roots and the system's changes")
+    parser.add_argument("scenarios", nargs="*")
+    a = parser.parse_args()
+    if a.list:
+        print("\n".join("%-22s %s" % (name, sc.doc) for name, sc in SCENARIOS.items()))
+        return 0
+    if not os.environ.get("DISPLAY"):
+        sys.exit("oldsystem_e2e.py: no X display (run it under tools/with-xvfb)")
+    work = tempfile.mkdtemp(prefix="vtx-old-system-")
+    failures = 0
+    try:
+        os.makedirs(os.path.join(work, "roots"))
+        install(os.path.abspath(a.deb), os.path.join(work, "upper"))
+        os.environ.setdefault("VTX_SESSION_TIMEOUT", "90")
+        sandbox_run.WRAP = [OLD_SYSTEM, "--upper", os.path.join(work, "upper"), "--bind", os.path.join(work, "roots")]
+        sandbox_run.WRAP += [x for name in PASSED_ENV for x in ("--env", name)] + ["--"]
+        for name in a.scenarios or list(SCENARIOS):
+            try:
+                run_scenario(SCENARIOS[name], work, a.keep)
+                print("PASS oldsystem.%s" % name)
+            except e2e.Failure as e:
+                failures += 1
+                print("FAIL oldsystem.%s: %s" % (name, e))
+    finally:
+        print("kept %s" % work) if a.keep else shutil.rmtree(work, ignore_errors=True)
+    total = len(a.scenarios or SCENARIOS)
+    print("%d passed, %d failed" % (total - failures, failures))
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
