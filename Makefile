@@ -16,6 +16,7 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
 
 .PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update \
         check-i386 package-i386 package-native
+.PHONY: FORCE
 
 all: build
 
@@ -31,6 +32,18 @@ $(BUILD)/build.ninja:
 	cmake -S . -B $(BUILD) -G Ninja $(CMAKE_ARGS)
 
 configure: deps $(BUILD)/build.ninja
+
+# CMAKE_ARGS, when given (on the command line or in the environment, even empty), is what the build
+# folder is configured with: arguments that differ from those of its last configure make the cache
+# anew from them, so that an option left out goes too. Not given, the build keeps its configuration.
+ifneq ($(origin CMAKE_ARGS),file)
+$(BUILD)/build.ninja: $(BUILD)/cmake-args
+endif
+$(BUILD)/cmake-args: FORCE
+	@mkdir -p $(BUILD)
+	@[ -f $@ ] && [ "$$(cat $@)" = '$(strip $(CMAKE_ARGS))' ] || \
+	  { rm -f $(BUILD)/CMakeCache.txt; printf '%s\n' '$(strip $(CMAKE_ARGS))' > $@; }
+FORCE:
 
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
