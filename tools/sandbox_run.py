@@ -14,8 +14,18 @@ from pathlib import Path
 TOOLS = os.path.dirname(os.path.abspath(__file__))
 SANDBOX, WITH_XVFB, SESSION = (os.path.join(TOOLS, t)
                                for t in ("instrument-sandbox", "with-xvfb", "run-update-session"))
-# The instrument's and the stick's folders that a run may change (Run.path places them in the root).
-AREAS = ("/home/vtx/", "/media/usb/", "/mnt/root-ro/", "/usr/lib/i386-linux-gnu/", "/opt/")
+
+
+def areas(kind):
+    """{path: (sub, name)} of the sandbox's areas of a kind (tools/sandbox-areas)."""
+    with open(os.path.join(TOOLS, "sandbox-areas"), encoding="utf-8") as f:
+        rows = [line.split() for line in f if line.strip() and not line.startswith("#")]
+    return {path: (sub, name) for k, path, sub, name in rows if k == kind}
+
+
+# Where the instrument's folders that a run may change lie in the root, the deepest first.
+IN_ROOT = sorted(((path + "/", sub + "/") for path, (sub, _name) in {**areas("overlay"), **areas("image")}.items()),
+                 key=lambda area: -len(area[0]))
 
 
 class Run:
@@ -25,8 +35,7 @@ class Run:
         self.root = root
 
     def path(self, instrument_path):
-        for prefix, sub in (("/home/", "home/"), ("/media/", "media/"), ("/opt/", "opt/"),
-                            ("/mnt/root-ro/", "rootro/"), ("/usr/lib/", "usr-lib/")):
+        for prefix, sub in IN_ROOT:
             if instrument_path.startswith(prefix):
                 return os.path.join(self.root, sub + instrument_path[len(prefix):])
         raise ValueError(instrument_path)
@@ -61,8 +70,8 @@ class Run:
         """Every file and link on the instrument and the stick: the digest of content(path, data)
         of a file, "-> target" of a link."""
         files = {}
-        for area in AREAS:
-            base = self.path(area)
+        for area, sub in IN_ROOT:
+            base = os.path.join(self.root, sub)
             for folder, dirs, names in os.walk(base):
                 for n in names + [d for d in dirs if os.path.islink(os.path.join(folder, d))]:
                     p = os.path.join(folder, n)
@@ -125,6 +134,13 @@ def put(path, data, mode=0o644):
 
 def gone(path):
     return lambda run: os.remove(run.path(path))
+
+
+def once_shown(status, action):
+    """An --inside-setup step: the shell command action, in the background, once the program has
+    shown the status (at most a minute later)."""
+    return "( wait_until 60 'grep -qF \"Status: %s\" \"$ROOT/record/stderr.log\" 2>/dev/null'; %s ) &\n" % (
+        status, action)
 
 
 def both(*steps):

@@ -9,7 +9,7 @@ import sys
 
 import update_e2e as e2e
 from update_e2e import (APPLICATION, BACKUP, DONE, FRESH, LOG, OS_COMMANDS, PARTIAL, RUNTIME_ON_STICK, SUCCESS, add,
-                        appended_lines, both, check, files_as, outcome, package, put)
+                        appended_lines, both, check, files_as, once_shown, outcome, package, put)
 
 # A stand-in for a command the procedure runs: at its Nth call it cuts the power (kills the
 # program) before, halfway through or right after doing its work.
@@ -38,9 +38,7 @@ def before_privileged(command, os_update=True):
 
 
 # Cut from outside as soon as the first status is shown: the procedure then pauses for 2 s.
-AT_FIRST_STATUS = dict(setup=FULL, inside='( i=0; while [ $i -lt 1200 ] && ! grep -q "Status: Copying files" '
-                       '"$ROOT/record/stderr.log" 2>/dev/null; do sleep 0.05; i=$((i+1)); done; '
-                       'kill -KILL "$(cat "$ROOT/record/pid")" ) &\n')
+AT_FIRST_STATUS = dict(setup=FULL, inside=once_shown("Copying files", 'kill -KILL "$(cat "$ROOT/record/pid")"'))
 BACKED_UP, INSTALLED = (dict(s, zip="complete") for s in (e2e.BACKED_UP, e2e.INSTALLED))  # with the auxiliary file
 REPEAT = "Repeat the update: the next copy into that folder replaces the partial copy."
 

@@ -16,7 +16,8 @@ import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(HERE)), "tools"))
-from sandbox_run import SANDBOX, SESSION, Run, Scenario, both, execute, gone, package, prepare, put  # noqa: E402,F401
+from sandbox_run import (SANDBOX, SESSION, Run, Scenario, both, execute, gone, once_shown, package,  # noqa: E402,F401
+                         prepare, put)
 
 US_PREFIX = r"\d\d/\d\d/\d{4} \d\d:\d\d [AP]M"
 EU_PREFIX = r"\d\d/\d\d/\d{4} \d\d:\d\d"

@@ -31,10 +31,14 @@ import os
 import sys
 from collections import namedtuple
 
+sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+from sandbox_run import areas  # noqa: E402
+
 NAME_OPS = {"create", "mkdir", "symlink", "link", "unlink", "rmdir", "rename", "chmod", "chown"}
 MAX_COMBINATIONS = 256
+
 # The mount point of each lossyfs area inside the instrument sandbox.
-AREAS = {"home": "/home/vtx", "usb": "/media/usb"}
+AREAS = {area: path for path, (_sub, area) in areas("lossy").items()}
 
 Entry = namedtuple("Entry", "type mode uid gid data")  # data: bytes of a file, target of a link
 
