@@ -16,6 +16,16 @@ SANDBOX, WITH_XVFB, SESSION = (os.path.join(TOOLS, t)
                                for t in ("instrument-sandbox", "with-xvfb", "run-update-session"))
 
 
+def console_lines():
+    """{name: text} of the program's console lines that tell how a run goes and ends: the interface
+    between the program and this harness, defined in update/ConsoleLines.h."""
+    with open(os.path.join(os.path.dirname(TOOLS), "update", "ConsoleLines.h"), encoding="utf-8") as f:
+        return dict(re.findall(r'^inline constexpr char (k\w+)\[\] = "([^"\\]*)";', f.read(), re.M))
+
+
+CONSOLE = console_lines()
+
+
 def areas(kind):
     """{path: (sub, name)} of the sandbox's areas of a kind (tools/sandbox-areas)."""
     with open(os.path.join(TOOLS, "sandbox-areas"), encoding="utf-8") as f:
@@ -61,7 +71,8 @@ class Run:
 
     def statuses(self):
         return [s.replace("\\n", "\n").replace("\\r", "\r")
-                for s in re.findall(r"Event \[Update\] Status: (.*)$", self.record("stderr.log"), re.M)]
+                for s in re.findall(r"Event \[Update\] %s(.*)$" % re.escape(CONSOLE["kStatus"]),
+                                    self.record("stderr.log"), re.M)]
 
     def session(self):
         return self.record("session").split()
@@ -138,9 +149,9 @@ def gone(path):
 
 def once_shown(status, action):
     """An --inside-setup step: the shell command action, in the background, once the program has
-    shown the status (at most a minute later)."""
-    return "( wait_until 60 'grep -qF \"Status: %s\" \"$ROOT/record/stderr.log\" 2>/dev/null'; %s ) &\n" % (
-        status, action)
+    shown the status (unless the session ends first, or a minute passes)."""
+    shown = 'grep -qF "%s%s" "$ROOT/record/stderr.log" 2>/dev/null' % (CONSOLE["kStatus"], status)
+    return "( wait_until 60 '%s || [ -e \"$ROOT/record/session\" ]' && %s && %s ) &\n" % (shown, shown, action)
 
 
 def both(*steps):
