@@ -27,14 +27,14 @@ CONSOLE = console_lines()
 
 
 def areas(kind):
-    """{path: (sub, name)} of the sandbox's areas of a kind (tools/sandbox-areas)."""
+    """{path: (sub, name, ...)} of the sandbox's areas of a kind (tools/sandbox-areas)."""
     with open(os.path.join(TOOLS, "sandbox-areas"), encoding="utf-8") as f:
         rows = [line.split() for line in f if line.strip() and not line.startswith("#")]
-    return {path: (sub, name) for k, path, sub, name in rows if k == kind}
+    return {row[1]: tuple(row[2:]) for row in rows if row[0] == kind}
 
 
 # Where the instrument's folders that a run may change lie in the root, the deepest first.
-IN_ROOT = sorted(((path + "/", sub + "/") for path, (sub, _name) in {**areas("overlay"), **areas("image")}.items()),
+IN_ROOT = sorted(((path + "/", sub + "/") for path, (sub, *_) in {**areas("overlay"), **areas("image")}.items()),
                  key=lambda area: -len(area[0]))
 
 
