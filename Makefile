@@ -13,10 +13,11 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
             xvfb xauth x11-apps x11-utils imagemagick util-linux \
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
             clang libclang-rt-dev gcovr python3-fusepy file
+PACKAGES += clang-tidy cppcheck
 
 .PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update \
         check-i386 package-i386 package-native
-.PHONY: FORCE
+.PHONY: FORCE lint
 
 all: build
 
@@ -133,6 +134,10 @@ fuzz: deps
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+# clang-tidy (the check set of .clang-tidy) and cppcheck over the program's sources (tools/lint).
+lint: build
+	JOBS=$(JOBS) tools/lint $(BUILD)
 
 clean:
 	rm -rf build build-asan build-tsan build-coverage build-i386
