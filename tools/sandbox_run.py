@@ -33,6 +33,20 @@ def areas(kind):
     return {row[1]: tuple(row[2:]) for row in rows if row[0] == kind}
 
 
+def inside_sandbox():
+    """Whether this process runs in the instrument sandbox: ROOT names a sandbox root and each of
+    its overlays is, in this mount namespace, that root's (as tests/common/SandboxGuard.cpp checks)."""
+    root = os.environ.get("ROOT", "")
+    if not root or not os.path.exists(os.path.join(root, "record", ".sandbox")):
+        return False
+    mounts = Path("/proc/self/mountinfo").read_text().splitlines()
+    for point, (sub, name, *_rest) in areas("overlay").items():
+        seen = [m for m in mounts if m.split()[4] == point]  # the last mount on the point is the one seen
+        if not seen or " - overlay %s " % name not in seen[-1] or "upperdir=%s/%s," % (root, sub) not in seen[-1]:
+            return False
+    return True
+
+
 # Where the instrument's folders that a run may change lie in the root, the deepest first.
 IN_ROOT = sorted(((path + "/", sub + "/") for path, (sub, *_) in {**areas("overlay"), **areas("image")}.items()),
                  key=lambda area: -len(area[0]))
