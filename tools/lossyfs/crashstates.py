@@ -115,9 +115,10 @@ class Journal:
                 self._blobs[digest] = f.read()
         return self._blobs[digest]
 
-    def describe(self, cut):
+    def describe(self, cut, numbered=True):
         e = self.events[cut]
-        return "#%d %s %s%s" % (e["number"], e["op"], AREAS[e["area"]], "" if e["path"] == "/" else e["path"])
+        return ("#%d " % e["number"] if numbered else "") + "%s %s%s" % (
+            e["op"], AREAS[e["area"]], "" if e["path"] == "/" else e["path"])
 
     def open_changes(self, cut):
         """The name changes made up to the cut: (durable ones, open ones by folder)."""
