@@ -13,9 +13,11 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
             xvfb xauth x11-apps x11-utils imagemagick util-linux \
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
             clang libclang-rt-dev gcovr python3-fusepy file git patchelf
+PACKAGES += clang-tidy cppcheck
 
 .PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update \
         i386-root build-i386 check-i386 package-i386 package-native check-oldsystem
+.PHONY: FORCE lint
 
 all: build
 
@@ -31,6 +33,18 @@ $(BUILD)/build.ninja:
 	cmake -S . -B $(BUILD) -G Ninja $(CMAKE_ARGS)
 
 configure: deps $(BUILD)/build.ninja
+
+# CMAKE_ARGS, when given (on the command line or in the environment, even empty), is what the build
+# folder is configured with: arguments that differ from those of its last configure make the cache
+# anew from them, so that an option left out goes too. Not given, the build keeps its configuration.
+ifneq ($(origin CMAKE_ARGS),file)
+$(BUILD)/build.ninja: $(BUILD)/cmake-args
+endif
+$(BUILD)/cmake-args: FORCE
+	@mkdir -p $(BUILD)
+	@[ -f $@ ] && [ "$$(cat $@)" = '$(strip $(CMAKE_ARGS))' ] || \
+	  { rm -f $(BUILD)/CMakeCache.txt; printf '%s\n' '$(strip $(CMAKE_ARGS))' > $@; }
+FORCE:
 
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
@@ -86,7 +100,7 @@ IN_I386   := $(SUDO) env VTX_I386_ROOT=$(I386_ROOT) tools/i386-root --
 # On this machine: the cross compiler, the root's maker, and the emulator for kernels that need it.
 I386_HOST_PACKAGES := g++-i686-linux-gnu debootstrap qemu-user-static
 # In the root: what the build links against and what the tests run; no compiler.
-I386_ROOT_PACKAGES := $(filter-out build-essential ninja-build clang libclang-rt-dev gcovr git,$(PACKAGES)) cmake binutils
+I386_ROOT_PACKAGES := $(filter-out build-essential ninja-build clang libclang-rt-dev gcovr git clang-tidy cppcheck,$(PACKAGES)) cmake binutils
 
 i386-root:
 	@$(MAKE) --no-print-directory deps PACKAGES="$(I386_HOST_PACKAGES)"
@@ -146,6 +160,10 @@ fuzz: deps
 
 format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+# clang-tidy (the check set of .clang-tidy) and cppcheck over the program's sources (tools/lint).
+lint: build
+	JOBS=$(JOBS) tools/lint $(BUILD)
 
 clean:
 	rm -rf build build-asan build-tsan build-coverage build-i386

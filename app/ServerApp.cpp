@@ -142,8 +142,9 @@ CServerApp::~CServerApp() = default;
 bool CServerApp::OnInit() {
     // The toolkit's own command-line parsing (wxApp::OnInit) is not wanted: any argument is fine.
     if (!g_logSink) g_logSink = new CStderrLogSink(std::getenv("VTX_REPORT_PAINTS") != nullptr);
-    // The toolkit logs to the console too; its default GUI target would open message boxes.
-    delete wxLog::SetActiveTarget(new wxLogStderr);
+    // The toolkit logs to the console too; its default GUI target would open message boxes. The
+    // toolkit owns the active target and deletes it at exit.
+    delete wxLog::SetActiveTarget(new wxLogStderr);  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
     wxSetAssertHandler(&ReportToolkitAssert);
     if (std::getenv("VTX_REPORT_PAINTS") && !g_paintProbe) {
         g_paintProbe = new CPaintProbe;
@@ -152,6 +153,7 @@ bool CServerApp::OnInit() {
 
     std::vector<std::string> arguments = GetProgramArguments(argc, argv);
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) pointers.push_back(&argument[0]);
     pointers.push_back(nullptr);
     AddProgramArguments(static_cast<int>(arguments.size()), pointers.data());

@@ -43,7 +43,7 @@ class CViewCommandDistributor {
 public:
     CViewCommandDistributor() = default;
     virtual ~CViewCommandDistributor() {
-        for (auto& entry : m_commands) delete entry.second;
+        for (const auto& entry : m_commands) delete entry.second;
         m_commands.clear();
     }
     CViewCommandDistributor(const CViewCommandDistributor&) = delete;

@@ -26,6 +26,8 @@ bool VtxDebugTraceEnabled() {
     return wxLog::IsEnabled() && wxLog::IsLevelEnabled(wxLOG_Debug, wxASCII_STR(wxLOG_COMPONENT));
 }
 
+// printf-style, as the trace macros call it with the caller's format.
+// NOLINTNEXTLINE(cert-dcl50-cpp)
 void VtxDebugTrace(const char* module, const char* function, const char* format, ...) {
     if (!VtxDebugTraceEnabled()) return;
     va_list args;

@@ -2,10 +2,10 @@
 
 #include <wx/app.h>
 
-void CallOnGuiThread(std::function<void()> call) {
+void CallOnGuiThread(const std::function<void()>& call) {
     if (!call) return;
-    // CallAfter queues through the toolkit's thread-safe event queue.
-    if (wxAppConsole* app = wxAppConsole::GetInstance()) app->CallAfter(std::move(call));
+    // CallAfter queues (a copy) through the toolkit's thread-safe event queue.
+    if (wxAppConsole* app = wxAppConsole::GetInstance()) app->CallAfter(call);
 }
 
 CGuiHandOff::CGuiHandOff() : m_alive(std::make_shared<bool>(true)) {}

@@ -10,7 +10,7 @@
 // Any thread. Runs call on the GUI thread later, also when called on the GUI thread itself.
 // Nothing happens without an application object. For calls on program-wide state only: a call
 // that uses an object goes through that object's CGuiHandOff.
-void CallOnGuiThread(std::function<void()> call);
+void CallOnGuiThread(const std::function<void()>& call);
 
 // The same for calls that use an object of the GUI thread, which owns the hand-off: calls still
 // queued when the hand-off is destroyed are dropped, so a call may use its owner freely.

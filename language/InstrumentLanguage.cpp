@@ -143,7 +143,7 @@ void CInstrumentLanguage::RefreshAllTexts() const {
     }
 }
 
-bool CInstrumentLanguage::ReapplyText(CTextBearingControl* control) const {
+bool CInstrumentLanguage::ReapplyText(const CTextBearingControl* control) const {
     for (const CTextFieldLanguageId& found : RememberedLabels()) {
         if (found.GetControl() == control) {
             const CTextFieldLanguageId label = found;

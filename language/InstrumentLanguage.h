@@ -125,7 +125,7 @@ public:
     void RefreshAllTexts() const;
     // Re-labels a control from its first remembered label; false (and nothing done) when the
     // control was never remembered.
-    bool ReapplyText(CTextBearingControl* control) const;
+    bool ReapplyText(const CTextBearingControl* control) const;
 
     // The labels remembered so far, program-wide, in order (GUI thread).
     static const std::vector<CTextFieldLanguageId>& GetRememberedLabels();

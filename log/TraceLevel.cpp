@@ -8,6 +8,8 @@
 #include <cstdint>
 
 namespace {
+// The toolkit's client data is a pointer: the level travels in it as a number.
+// NOLINTNEXTLINE(performance-no-int-to-ptr)
 void* LevelData(int level) { return reinterpret_cast<void*>(static_cast<intptr_t>(level)); }
 int DataLevel(void* data) { return static_cast<int>(reinterpret_cast<intptr_t>(data)); }
 }  // namespace

@@ -17,8 +17,42 @@ SANDBOX, WITH_XVFB, SESSION = (os.path.join(TOOLS, t)
 # A command that the sandbox itself runs under, such as another system's root
 # (tools/old-system-root ... --); empty: this machine.
 WRAP = []
-# The instrument's and the stick's folders that a run may change (Run.path places them in the root).
-AREAS = ("/home/vtx/", "/media/usb/", "/mnt/root-ro/", "/usr/lib/i386-linux-gnu/", "/opt/")
+
+
+def console_lines():
+    """{name: text} of the program's console lines that tell how a run goes and ends: the interface
+    between the program and this harness, defined in update/ConsoleLines.h."""
+    with open(os.path.join(os.path.dirname(TOOLS), "update", "ConsoleLines.h"), encoding="utf-8") as f:
+        return dict(re.findall(r'^inline constexpr char (k\w+)\[\] = "([^"\\]*)";', f.read(), re.M))
+
+
+CONSOLE = console_lines()
+
+
+def areas(kind):
+    """{path: (sub, name, ...)} of the sandbox's areas of a kind (tools/sandbox-areas)."""
+    with open(os.path.join(TOOLS, "sandbox-areas"), encoding="utf-8") as f:
+        rows = [line.split() for line in f if line.strip() and not line.startswith("#")]
+    return {row[1]: tuple(row[2:]) for row in rows if row[0] == kind}
+
+
+def inside_sandbox():
+    """Whether this process runs in the instrument sandbox: ROOT names a sandbox root and each of
+    its overlays is, in this mount namespace, that root's (as tests/common/SandboxGuard.cpp checks)."""
+    root = os.environ.get("ROOT", "")
+    if not root or not os.path.exists(os.path.join(root, "record", ".sandbox")):
+        return False
+    mounts = Path("/proc/self/mountinfo").read_text().splitlines()
+    for point, (sub, name, *_rest) in areas("overlay").items():
+        seen = [m for m in mounts if m.split()[4] == point]  # the last mount on the point is the one seen
+        if not seen or " - overlay %s " % name not in seen[-1] or "upperdir=%s/%s," % (root, sub) not in seen[-1]:
+            return False
+    return True
+
+
+# Where the instrument's folders that a run may change lie in the root, the deepest first.
+IN_ROOT = sorted(((path + "/", sub + "/") for path, (sub, *_) in {**areas("overlay"), **areas("image")}.items()),
+                 key=lambda area: -len(area[0]))
 
 
 class Run:
@@ -28,8 +62,7 @@ class Run:
         self.root = root
 
     def path(self, instrument_path):
-        for prefix, sub in (("/home/", "home/"), ("/media/", "media/"), ("/opt/", "opt/"),
-                            ("/mnt/root-ro/", "rootro/"), ("/usr/lib/", "usr-lib/")):
+        for prefix, sub in IN_ROOT:
             if instrument_path.startswith(prefix):
                 return os.path.join(self.root, sub + instrument_path[len(prefix):])
         raise ValueError(instrument_path)
@@ -55,7 +88,8 @@ class Run:
 
     def statuses(self):
         return [s.replace("\\n", "\n").replace("\\r", "\r")
-                for s in re.findall(r"Event \[Update\] Status: (.*)$", self.record("stderr.log"), re.M)]
+                for s in re.findall(r"Event \[Update\] %s(.*)$" % re.escape(CONSOLE["kStatus"]),
+                                    self.record("stderr.log"), re.M)]
 
     def session(self):
         return self.record("session").split()
@@ -64,8 +98,8 @@ class Run:
         """Every file and link on the instrument and the stick: the digest of content(path, data)
         of a file, "-> target" of a link."""
         files = {}
-        for area in AREAS:
-            base = self.path(area)
+        for area, sub in IN_ROOT:
+            base = os.path.join(self.root, sub)
             for folder, dirs, names in os.walk(base):
                 for n in names + [d for d in dirs if os.path.islink(os.path.join(folder, d))]:
                     p = os.path.join(folder, n)
@@ -128,6 +162,13 @@ def put(path, data, mode=0o644):
 
 def gone(path):
     return lambda run: os.remove(run.path(path))
+
+
+def once_shown(status, action):
+    """An --inside-setup step: the shell command action, in the background, once the program has
+    shown the status (unless the session ends first, or a minute passes)."""
+    shown = 'grep -qF "%s%s" "$ROOT/record/stderr.log" 2>/dev/null' % (CONSOLE["kStatus"], status)
+    return "( wait_until 60 '%s || [ -e \"$ROOT/record/session\" ]' && %s && %s ) &\n" % (shown, shown, action)
 
 
 def both(*steps):

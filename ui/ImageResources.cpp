@@ -90,7 +90,7 @@ void CImageResourceManager::Clear() {
         std::lock_guard<std::mutex> lock(m_mutex);
         images.swap(m_images);
     }
-    for (auto& entry : images) delete entry.second;
+    for (const auto& entry : images) delete entry.second;
 }
 
 bool CImageResourceManager::IsCached(uint32_t resourceId) const {

@@ -13,6 +13,7 @@
 #include "update/os/ComputerControl.h"
 #include "update/os/FileInfo.h"
 #include "update/os/ShellCommands.h"
+#include "update/ConsoleLines.h"
 #include "update/locations/InstrumentLocations.h"
 
 #ifndef VTX_SUPPRESS_REBOOT
@@ -81,7 +82,7 @@ void CUpdateProcedure::ShowStatus(const std::string& text) {
     // what the screen said. Logged before the screen takes the text, whose change asks for a
     // repaint: so a paint is always reported after this line (the screenshots of the end-to-end
     // runs wait for one). Logged after, the paint could come first, and none would follow.
-    m_log.LogEvent("Status: " + text);
+    m_log.LogEvent(NS_ConsoleLines::kStatus + text);
     std::lock_guard<std::mutex> lock(m_screenMutex);
     if (m_screen) m_screen->ShowStatusText(text);
 }
@@ -119,7 +120,7 @@ bool CUpdateProcedure::RunClosingSequence() {
     m_log.LogEvent("Update procedure started, special command " + std::to_string(GetSpecialCommand()));
     const bool succeeded = RunUpdateProcedure();
     // Logged before the bar fills, as a status is logged before it shows (see ShowStatus).
-    m_log.LogEvent(succeeded ? "Update procedure succeeded" : "Update procedure failed");
+    m_log.LogEvent(succeeded ? NS_ConsoleLines::kSucceeded : NS_ConsoleLines::kFailed);
     FillProgress();
     if (!succeeded) return false;
     ShowStatus(GetText(eTextUpgradeSuccessful) + "...\n" + GetText(eTextRestartingApplication));
@@ -328,7 +329,7 @@ bool CUpdateProcedure::FinishUpdateLog() {
 bool CUpdateProcedure::RebootInstrument() {
     if (VTX_SUPPRESS_REBOOT) {
         ShowStatus(GetText(eTextDone) + "...");
-        m_log.LogEvent("Update procedure done, reboot suppressed");
+        m_log.LogEvent(NS_ConsoleLines::kRebootSuppressed);
         return true;
     }
     // The installed build and the stick's log go onto their media before the power goes.
@@ -337,7 +338,7 @@ bool CUpdateProcedure::RebootInstrument() {
     const int status = RunShellCommand(NS_ShellCommand::PrivilegedReboot());
     // Normally the machine goes down before anyone reads this; when it does not, the console
     // tells the service engineer why the instrument is still on this screen.
-    m_log.LogEvent("The reboot command returned, exit status " + std::to_string(status));
+    m_log.LogEvent(NS_ConsoleLines::kRebootReturned + std::to_string(status));
     return false;
 }
 

@@ -15,6 +15,8 @@ import time
 from pathlib import Path
 
 REPO = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+sys.path.insert(0, os.path.join(REPO, "tools"))
+from sandbox_run import inside_sandbox  # noqa: E402
 QC_LINE = "Error [Instrument View] Could not find read QC file!"
 SETTINGS_LINE = "Error [Instrument View] Could not load settings!"
 BORDER_MASK, BORDER_NONE = 0x1F200000, 0x00200000
@@ -150,11 +152,8 @@ def main():
     a = parser.parse_args()
     probe, program = os.path.abspath(a.probe), a.program and os.path.abspath(a.program)
     if a.inside:
-        # As the sandbox test binaries check (tests/common/SandboxGuard.cpp), before anything is deleted.
-        root = os.environ.get("ROOT", "")
-        home = [m for m in Path("/proc/self/mountinfo").read_text().splitlines() if m.split()[4] == "/home"]
-        if not (root and os.path.exists(os.path.join(root, "record", ".sandbox")) and home
-                and " - overlay vtx-home " in home[-1] and "upperdir=%s/home," % root in home[-1]):
+        # Before anything is deleted.
+        if not inside_sandbox():
             sys.exit("shell_process.py: refused, --inside runs only inside tools/instrument-sandbox")
         os.environ["HOME"] = "/home/vtx"
         for name in ("FactoryQC.vtx", "settings.vtx", "settings.lmo", "factory.lmo"):

@@ -14,10 +14,10 @@ bool InsideInstrumentSandbox(std::string& why) {
     const std::string root = env != nullptr ? env : "";
     why = root.empty() ? "ROOT is not set" : root + " is no sandbox root";
     if (root.empty() || access((root + "/record/.sandbox").c_str(), F_OK) != 0) return false;
-    // mount point, the overlay's name, its upper layer in the root
-    const char* const overlays[][3] = {{"/home", "vtx-home", "/home"}, {"/media", "vtx-media", "/media"},
-                                       {"/opt", "vtx-opt", "/opt"},    {"/mnt", "vtx-mnt", "/mnt"},
-                                       {"/usr/lib", "vtx-usr-lib", "/usr-lib"}};
+    // mount point, the overlay's name, its upper layer in the root (made from tools/sandbox-areas)
+    const char* const overlays[][3] = {
+#include "SandboxOverlays.inc"
+    };
     std::vector<std::string> mounts;
     std::ifstream mountinfo("/proc/self/mountinfo");
     for (std::string line; std::getline(mountinfo, line);) mounts.push_back(line);

@@ -8,7 +8,7 @@ import time
 
 from update_e2e import (APPLICATION, BACKED, BACKED_UP, COPY_FOLDERS, CURRENT, DONE, DONE_LOG, EXTRAS, EXTRAS_LOG,
                         FONT_HEAD, FRESH, INSTALLED, LOG, OS_UPDATE, PARTIAL, RUNTIME_ON_STICK, SUCCESS, WITH_EXTRAS,
-                        add, appended_lines, both, check, gone, log_is, matches, outcome, package, put)
+                        add, appended_lines, both, check, gone, log_is, matches, once_shown, outcome, package, put)
 
 
 def big(size, seed):
@@ -58,8 +58,7 @@ add("partial_copies_left", "partial copies of an earlier power cut in every fold
 # empty mount point, as it would on the instrument.
 add("stick_removed", "the stick is pulled out while the first status is shown",
     outcome(SUCCESS, DONE_LOG, DONE, also=["/media/usb/update/zip", "/media/usb/jfonts.tgz"]), setup=EXTRAS,
-    inside='_onto_tmpfs /media/usb 64m\n( i=0; while [ $i -lt 1200 ] && ! grep -q "Status: Copying files" '
-           '"$ROOT/record/stderr.log" 2>/dev/null; do sleep 0.05; i=$((i+1)); done; umount -l /media/usb ) &\n')
+    inside="_onto_tmpfs /media/usb 64m\n" + once_shown("Copying files", "umount -l /media/usb"))
 
 # Another writer appends until the reboot is asked for, then one line more; it holds the sandbox's
 # output open, so the run has waited for it. Our lines must be whole and in order among its lines,

@@ -9,7 +9,7 @@ import sys
 
 import update_e2e as e2e
 from update_e2e import (APPLICATION, BACKUP, DONE, FRESH, LOG, OS_COMMANDS, PARTIAL, RUNTIME_ON_STICK, SUCCESS, add,
-                        appended_lines, both, check, files_as, outcome, package, put)
+                        appended_lines, both, check, files_as, once_shown, outcome, package, put)
 
 # A stand-in for a command the procedure runs: at its Nth call it cuts the power (kills the
 # program) before, halfway through or right after doing its work.
@@ -38,9 +38,7 @@ def before_privileged(command, os_update=True):
 
 
 # Cut from outside as soon as the first status is shown: the procedure then pauses for 2 s.
-AT_FIRST_STATUS = dict(setup=FULL, inside='( i=0; while [ $i -lt 1200 ] && ! grep -q "Status: Copying files" '
-                       '"$ROOT/record/stderr.log" 2>/dev/null; do sleep 0.05; i=$((i+1)); done; '
-                       'kill -KILL "$(cat "$ROOT/record/pid")" ) &\n')
+AT_FIRST_STATUS = dict(setup=FULL, inside=once_shown("Copying files", 'kill -KILL "$(cat "$ROOT/record/pid")"'))
 BACKED_UP, INSTALLED = (dict(s, zip="complete") for s in (e2e.BACKED_UP, e2e.INSTALLED))  # with the auxiliary file
 REPEAT = "Repeat the update: the next copy into that folder replaces the partial copy."
 
@@ -96,18 +94,20 @@ for _name, _doc, _how, _expected, _meaning in POINTS:
 # (tools/lossyfs): each crash state at each cut point must keep the table's promises.
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(e2e.HERE)), "tools", "lossyfs"))
-from crashstates import Journal  # noqa: E402
+from crashstates import PAGE, Journal  # noqa: E402
 
 NEW = "/home/vtx/Code/NEW/"
 STICK_LOG = "/media/usb/instrument.log"
-# Builds without their execute bit (copied from a FAT stick), an older log of that name on the stick.
-LOSSY = both(FULL, RUNTIME_ON_STICK, put(STICK_LOG, b"older log\r\n"), *(
+# Builds without their execute bit (copied from a FAT stick), an older log of that name on the stick,
+# an instrument's log whose first line of this run crosses a page boundary.
+LOSSY = both(FULL, RUNTIME_ON_STICK, put(STICK_LOG, b"older log\r\n"), put(LOG, b"line of an earlier run\r\n" * 170), *(
     put(NEW + name, open(build, "rb").read(), 0o644) for name, build in (("Application", "/bin/false"),
                                                                          ("Application_Chinese", "/bin/echo"))))
+POWER_LOSS_DOC = os.path.join(os.path.dirname(os.path.dirname(e2e.HERE)), "docs", "power-loss.md")
 
 
-def broken(tree, was, build, log_at_end):
-    """The promises one crash state breaks."""
+def broken(tree, was, build, log_at_end, last):
+    """The promises one crash state breaks; last: the state is one of the reboot request's."""
     app, old, new, log = tree.get(APPLICATION), was[APPLICATION], was[NEW + build].data, tree[LOG].data
 
     def whole(path, source, mode=None):
@@ -122,30 +122,86 @@ def broken(tree, was, build, log_at_end):
         ("/home/vtx/jfonts.tgz is whole or absent", whole("/home/vtx/jfonts.tgz", "/media/usb/jfonts.tgz")),
         ("the stick's log is the older one, a whole copy of the instrument's log, or absent",
          STICK_LOG not in tree or tree[STICK_LOG].data in (was[STICK_LOG].data, log)),
-        ("the instrument's log keeps its old content and holds only whole lines of this run",
+        # Written back a page at a time, the log may end inside a line only at a page boundary.
+        ("the instrument's log keeps its old content and holds this run's lines, whole but the last, "
+         "cut short only at a page boundary",
          log.startswith(was[LOG].data) and log_at_end.startswith(log)
-         and log[len(was[LOG].data):][-2:] in (b"", b"\r\n")),
+         and (log[len(was[LOG].data):][-2:] in (b"", b"\r\n") or len(log) % PAGE == 0)),
+        ("when the reboot is asked for, Code/NEW is gone, the fonts unpacked and the stick's log whole",
+         not last or NEW[:-1] not in tree and [getattr(tree.get(p), "data", None) for p in (
+             "/home/vtx/jfonts/ipag.ttf", STICK_LOG)] == [b"stand-in font\n", log_at_end]),
     ] if not kept]
 
 
-def every_cut_point(build):
+def crash_states(journal, build, log_at_end):
+    """(cut, label, tree, promises broken) of every crash state, cut point by cut point."""
+    was, last = journal.initial_tree(), len(journal.events) - 1  # nothing touches the disks after the reboot request
+    for cut in range(len(journal.events)):
+        for label, tree in journal.states(cut):
+            yield cut, label, tree, broken(tree, was, build, log_at_end, cut == last)
+
+
+# Each flush the update makes, by what it flushes: the promise that breaks without it.
+FLUSHES = [
+    ("the partial copy before its rename", lambda e: e["op"] == "fsync" and e["path"].endswith("/" + PARTIAL),
+     "is whole or absent"),
+    ("the folder after the rename", lambda e: e["op"] == "fsyncdir", "the new build is in Application"),
+    ("the instrument's log before its copy", lambda e: e["op"] == "fsync" and e["path"] == LOG[len("/home/vtx"):],
+     "the stick's log is the older one"),
+    ("`sync` before the reboot", lambda e: e["op"] == "sync", "when the reboot is asked for"),
+]
+
+
+def flush_table(journal, build, log_at_end):
+    """Each kind of flush taken out in turn: the first crash state that then breaks a promise, as a table."""
+    rows = ["| flush taken out | first broken at | state | promises broken |", "|---|---|---|---|"]
+    for kind, which, promise in FLUSHES:
+        dropped = [i for i in journal.flushes() if which(journal.events[i])]
+        lacking = journal.without(dropped)
+        first = next(((cut, label, promises) for cut, label, _t, promises in crash_states(lacking, build, log_at_end)
+                      if promises), None)
+        check(dropped and first and any(promise in p for p in first[2]), "without %s (%d flushes) the first broken "
+              "state does not break the promise \"%s...\": %s" % (kind, len(dropped), promise, first))
+        cut, label, promises = first
+        # Without the operation's number, which depends on how many writes the copies took.
+        where = lacking.describe(cut, numbered=False)
+        where = "the reboot request (after %s)" % where if cut == len(lacking.events) - 1 else where
+        rows.append("| %s | %s | %s | %s |" % (kind, where, label, "; ".join(promises)))
+    check(sum(len([i for i in journal.flushes() if f[1](journal.events[i])]) for f in FLUSHES) == len(
+        journal.flushes()), "a flush of no kind the table knows")
+    return "\n".join(rows)
+
+
+def in_doc(table, begin, end="<!-- end of flush table -->"):
+    """Checks that docs/power-loss.md holds the table between its markers; with VTX_WRITE_DOCS=1 puts it there."""
+    with open(POWER_LOSS_DOC, encoding="utf-8") as f:
+        doc = f.read()
+    head, rest = doc.split(begin + "\n", 1)
+    block, tail = rest.split(end, 1)
+    if os.environ.get("VTX_WRITE_DOCS") == "1":
+        with open(POWER_LOSS_DOC, "w", encoding="utf-8") as f:
+            f.write(head + begin + "\n" + table + "\n" + end + tail)
+    else:
+        check(block == table + "\n", "docs/power-loss.md's flush table differs from the run's (VTX_WRITE_DOCS=1 "
+              "writes it):\n" + table)
+
+
+def every_cut_point(build, table=False):
     def expect(run):
         journal = Journal(os.path.join(run.root, "record", "lossy"))
-        was, log_at_end, failures, count = journal.initial_tree(), run.read(LOG), {}, 0
-        last = len(journal.events) - 1  # nothing touches the disks after the reboot was asked for
-        for cut in range(len(journal.events)):
-            for label, tree in journal.states(cut):
-                count += 1
-                promises = broken(tree, was, build, log_at_end)
-                if cut == last and (NEW[:-1] in tree or [getattr(tree.get(p), "data", None) for p in (
-                        "/home/vtx/jfonts/ipag.ttf", STICK_LOG)] != [b"stand-in font\n", log_at_end]):
-                    promises.append("when the reboot is asked for, Code/NEW is gone, the fonts unpacked and the "
-                                    "stick's log whole")
-                for p in promises:
-                    failures.setdefault(p, []).append("cut point %s, state %s" % (journal.describe(cut), label))
+        log_at_end, failures, count, cut_lines = run.read(LOG), {}, 0, 0
+        for cut, label, tree, promises in crash_states(journal, build, log_at_end):
+            count += 1
+            cut_lines += not tree[LOG].data.endswith(b"\r\n")
+            for p in promises:
+                failures.setdefault(p, []).append("cut point %s, state %s" % (journal.describe(cut), label))
         check(not failures, "broken promises, each with its first crash state:\n" + "\n".join(
             "%s: broken in %d states, first at %s" % (p, len(where), where[0]) for p, where in failures.items()))
-        print("%s: %d cut points, %d crash states checked" % (build, len(journal.events), count))
+        print("%s: %d cut points, %d crash states checked, %d with the log's last line cut at a page boundary"
+              % (build, len(journal.events), count, cut_lines))
+        if table:
+            in_doc(flush_table(journal, build, log_at_end),
+                   "<!-- flush table: made by the powerloss_everywhere run -->")
     return expect
 
 
@@ -154,7 +210,7 @@ for _build, _layout in (("Application", []), ("Application_Chinese", ["--chinese
         "a full update (%s), every crash state" % _build,
         outcome(SUCCESS, None, dict(DONE, application="chinese" if _layout else "new", zip="complete",
                                     fonts="unpacked", stick_log="complete", runtime="replaced"),
-                OS_COMMANDS + ["reboot"], more=every_cut_point(_build)),
+                OS_COMMANDS + ["reboot"], more=every_cut_point(_build, table=not _layout)),
         layout=["--link", "wrong"] + _layout, sandbox=["--lossy"], setup=LOSSY)
 
 

@@ -1,22 +1,16 @@
-#!/usr/bin/env python3
-"""End-to-end scenarios: the delivered program in the instrument sandbox on a private Xvfb display,
-checked for what a service engineer would look at once the update has come to an end.
+"""End-to-end scenarios: the outcomes of the update, and what every scenario file checks with
+(the other scenario files import them from here; runner.py runs them all)."""
 
-    update_e2e.py --list | --program build/update [--keep] [SCENARIO...]
-"""
-
-import argparse
 import os
 import platform
 import re
-import shutil
 import subprocess
 import sys
-import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(HERE)), "tools"))
-from sandbox_run import SANDBOX, SESSION, Run, Scenario, both, execute, gone, package, prepare, put  # noqa: E402,F401
+from sandbox_run import (CONSOLE, SANDBOX, SESSION, Run, Scenario, both, execute, gone, once_shown, package,  # noqa: E402,F401
+                         prepare, put)
 import service_sheet  # noqa: E402
 
 US_PREFIX = r"\d\d/\d\d/\d{4} \d\d:\d\d [AP]M"
@@ -166,9 +160,9 @@ def paused(run):
     the procedure. The console's lines are stamped when written and a sleep never returns early, so
     this holds on any machine."""
     lines = re.findall(r"^vtx-bench log (\S+) [\w ]+ \[Update\] (.*)$", run.record("stderr.log"), re.M)
-    statuses = [i for i, (_, x) in enumerate(lines) if x.startswith("Status: ")]
+    statuses = [i for i, (_, x) in enumerate(lines) if x.startswith(CONSOLE["kStatus"])]
     check(statuses, "no stamped status on the console")
-    for i in statuses[:1] + [i + 1 for i, (_, x) in enumerate(lines) if x == "Update procedure succeeded"]:
+    for i in statuses[:1] + [i + 1 for i, (_, x) in enumerate(lines) if x == CONSOLE["kSucceeded"]]:
         if i + 1 < len(lines):  # not cut short by a power cut
             gap = float(lines[i + 1][0]) - float(lines[i][0])
             check(gap >= 2.0, "%r followed after %.3f s by %r" % (lines[i][1], gap, lines[i + 1][1]))
@@ -222,33 +216,6 @@ SCENARIOS = {}
 
 def add(name, doc, expect, **kw):
     SCENARIOS[name] = Scenario(name, doc, expect=expect, **kw)
-
-
-def run_scenario(sc, program, keep=False):
-    root = tempfile.mkdtemp(prefix="vtx-e2e-%s-" % sc.name)
-    try:
-        run = prepare(sc, root)
-        output = execute(sc, run, program)
-        try:
-            session = run.session()
-            check(session and not session[0].startswith("timeout"), "the program did not come to an end: %s" % session)
-            # Killed by a power cut, or else stopped with SIGTERM as the instrument's shutdown does,
-            # whose default action ends it.
-            check(session[0] == "exited" if sc.killed else session[-1] == "143", "session %s" % session)
-            check(not re.search(r"ERROR: (Address|Leak)Sanitizer|runtime error:|WARNING: ThreadSanitizer",
-                                run.record("stderr.log")), "a sanitizer reported an error")
-            if sc.expect is not cannot_start:
-                check(run.statuses(), "no status text was shown")
-                paused(run)
-                names_its_build(run, program)
-            sc.expect(run)
-            if session[0] == "failed":
-                on_the_sheet(run)
-        except Failure:
-            sys.stderr.write(output + "--- program console ---\n" + run.record("stderr.log"))
-            raise
-    finally:
-        print("kept sandbox root %s" % root) if keep else shutil.rmtree(root, ignore_errors=True)
 
 
 RUNTIME = b"runtime library 6.0.22 from the stick\n"
@@ -347,37 +314,3 @@ add("font_unpack_error", "the unpacking prints a complaint",
     outcome("Could not copy file(s): gzip: stdin: not in gzip format",
             FONT_HEAD + ["P Unpack error : gzip: stdin: not in gzip format"], dict(INSTALLED, fonts="complete")),
     setup=FONTS, path_stubs={"tar": "printf 'gzip: stdin: not in gzip format'\nexit 2\n"})
-
-
-def load_all_groups():
-    """Registers the scenarios of the other scenario files, which import this module by name."""
-    sys.modules.setdefault("update_e2e", sys.modules[__name__])
-    sys.path.insert(0, HERE)
-    import faults_e2e  # noqa: F401
-    import powerloss_e2e  # noqa: F401
-
-
-def main():
-    load_all_groups()
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--program", required="--list" not in sys.argv)
-    parser.add_argument("--list", action="store_true")
-    parser.add_argument("--keep", action="store_true", help="keep the sandbox roots")
-    parser.add_argument("scenarios", nargs="*")
-    a = parser.parse_args()
-    if a.list:
-        print("\n".join("%-34s %s" % (name, sc.doc) for name, sc in SCENARIOS.items()))
-        return 0
-    failures = 0
-    for name in a.scenarios or list(SCENARIOS):
-        try:
-            run_scenario(SCENARIOS[name], a.program, a.keep)
-            print("PASS %s" % name)
-        except Failure as e:
-            failures += 1
-            print("FAIL %s: %s" % (name, e))
-    return 1 if failures else 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())

@@ -21,13 +21,7 @@ struct CFileSink : CStderrLogSink {
     const int fd;
 };
 
-TEST(StderrLogSink, OneLinePerMessage) {
-    EXPECT_EQ(CStderrLogSink::FormatLine(0, "Instrument View", "Could not load settings!"),
-              "Internal Error [Instrument View] Could not load settings!\n");
-    EXPECT_EQ(CStderrLogSink::FormatLine(8, "", "a\r\nb\nc"), "Data [] a\\r\\nb\\nc\n");
-    EXPECT_EQ(CStderrLogSink::FormatLine(42, "S", ""), "Unknown Type [S] \n");
-}
-
+// The line's form is read by every end-to-end run (the statuses, the pauses' stamps).
 TEST(StderrLogSink, LinesOfManyThreadsNeverMix) {
     vtxtest::CTestFolder folder;
     const int fd = ::open((folder / "log").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);

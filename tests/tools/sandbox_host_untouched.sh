@@ -6,6 +6,8 @@
 set -uo pipefail
 
 sandbox=${1:?usage: $0 path/to/instrument-sandbox}
+overlays=$(awk '$1 == "overlay" { print $4 }' "$(dirname "$sandbox")/sandbox-areas")
+[ -n "$overlays" ] || { echo "FAIL: no overlay in $(dirname "$sandbox")/sandbox-areas"; exit 1; }
 probe="vtx-sandbox-probe-$$"
 failures=0
 fail() { echo "FAIL: $*"; failures=$((failures + 1)); }
@@ -15,7 +17,7 @@ host() {
   for p in /home/vtx /home/vtx/Code /home/vtx/bin /media/usb /opt/librime /usr/lib/i386-linux-gnu /mnt/root-ro; do
     { stat -c '%F %a %u %g' "$p" && ls -la --time-style=+%s "$p"; } 2>&1 | md5sum | sed "s|-|$p|"
   done
-  grep -cE ' vtx-(home|media|opt|mnt|usr-lib) ' /proc/self/mountinfo
+  grep -cE " ($(echo $overlays | tr ' ' '|')) " /proc/self/mountinfo
 }
 before=$(host)
 
@@ -26,7 +28,7 @@ trap 'chmod -R u+rwx "$work" 2>/dev/null; rm -rf "$work"' EXIT
 # The sandboxed command writes nothing unless it sees the sandbox's own mounts, so a broken
 # sandbox cannot make this test write to the real machine. It reports on its standard output.
 cat > "$work/inside.sh" <<'INSIDE'
-for m in vtx-home vtx-media vtx-opt vtx-mnt vtx-usr-lib; do
+for m in $2; do
   grep -q " $m " /proc/self/mountinfo || { echo "not in the sandbox: no $m"; exit 3; }
 done
 touch "/mnt/root-ro/$1" 2>/dev/null && echo "/mnt/root-ro writable"
@@ -36,7 +38,7 @@ for d in /home/vtx/Code /media/usb /opt/librime /usr/lib/i386-linux-gnu; do
 done
 /home/vtx/bin/VtxSecret "mount -o remount,rw /mnt/root-ro && echo x > /mnt/root-ro/$1" || echo "privileged tool failed"
 INSIDE
-out=$("$sandbox" --root "$root" --timeout 60 -- bash "$work/inside.sh" "$probe" 2>&1) ||
+out=$("$sandbox" --root "$root" --timeout 60 -- bash "$work/inside.sh" "$probe" "$overlays" 2>&1) ||
   fail "the sandboxed command failed"
 [ -z "$out" ] || fail "inside the sandbox: $out"
 

@@ -114,7 +114,7 @@ bool RemoveTree(const std::string& folder) {
     for (size_t i = 0; rc == 0 && i < found.gl_pathc; ++i) {
         const char* path = found.gl_pathv[i];
         struct stat status {};
-        if (lstat(path, &status) != 0) {
+        if (lstat(path, &status) != 0) {  // NOLINT(bugprone-branch-clone): two failures, one outcome
             removed = false;
         } else if (S_ISDIR(status.st_mode)) {
             removed = RemoveTree(path) && removed;
