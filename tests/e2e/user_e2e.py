@@ -1,0 +1,194 @@
+"""The update as the instrument's ordinary user (uid 1000, owning /home/vtx and the stick), with root
+rights only through the stand-in privileged tool. Each scenario's run is compared with the same
+file steps done by cp, mkdir, rm and the shell as that user, in a second sandbox laid out the same
+way: the same step fails, and every file and folder ends with the same content, mode, owner and
+group (the logs' contents aside, which the program writes to)."""
+
+import hashlib
+import os
+import shutil
+import stat
+import subprocess
+import tempfile
+
+from update_e2e import (APPLICATION, BACKED, BACKED_UP, BACKUP, CURRENT, DONE, DONE_LOG, EXTRAS, FONTS, FRESH,
+                        INSTALL, INSTALLED, LOG, OS_COMMANDS, OS_UPDATE, RUNTIME_ON_STICK, SANDBOX, SCENARIOS, SUCCESS,
+                        SYSTEMS_CHECK, add, appended_lines, both, check, gone, matches, outcome, prepare, put)
+
+USER = (1000, 1000)
+AS_USER = ["setpriv", "--reuid=%d" % USER[0], "--regid=%d" % USER[1], "--clear-groups", "--"]
+CODE = "/home/vtx/Code"
+STICK_LOG = "/media/usb/instrument.log"
+os.umask(0o022)  # the instrument user's, for the program and the shell tools alike
+
+# The update's file steps as the shell tools do them, in the update's order, up to the first that
+# fails (its code printed) or the step where the program stops for a reason of its own ($STOP).
+REFERENCE = r"""C=/home/vtx/Code
+result() { echo "reference: $1"; exit 0; }
+[ -n "$LOG" ] || result stopped
+true >> "$LOG" || result "Disk error... (10)"
+if [ -e /media/usb/update/zip ] && [ ! -e $C/zip ]; then
+  cp /media/usb/update/zip $C/zip || result "Could not copy file(s): auxillary files"
+fi
+[ "$STOP" = backup ] && result stopped
+mkdir $C/Old || [ -e $C/Old ] || result "Disk error... (03)"
+cp $C/Application %(backup)s || result "Disk error... (04)"
+[ "$STOP" = install ] && result stopped
+cp $C/NEW/$BUILD $C/Application || result "Disk error... (06)"
+rm -r $C/NEW/*; rmdir $C/NEW || result "Disk error... (07)"
+if [ -e /media/usb/jfonts.tgz ] && [ ! -e /home/vtx/jfonts.tgz ]; then
+  cp /media/usb/jfonts.tgz /home/vtx || result "Could not copy file(s): font package"
+  (cd /home/vtx; tar xzf jfonts.tgz)
+fi
+cp "$LOG" /media/usb/ || result "Disk error... (13)"
+result done
+""" % dict(backup=BACKUP)
+
+
+def owned_by_user(run):
+    """/home/vtx and the stick the user's; the privileged tools stay root's, as the system's are."""
+    for area in ("/home/vtx/", "/media/usb/"):
+        base = run.path(area)
+        for folder, dirs, names in os.walk(base):
+            if folder == base and "bin" in dirs and area == "/home/vtx/":
+                dirs.remove("bin")
+            for p in [folder] + [os.path.join(folder, n) for n in names]:
+                os.lchown(p, *USER)
+
+
+def tree(run):
+    """Kind, mode, owner, group and content of every file, link and folder of /home/vtx and the stick;
+    the content of the logs left out."""
+    out = {}
+    for area in ("/home/vtx/", "/media/usb/"):
+        base = run.path(area)
+        for folder, dirs, names in os.walk(base):
+            if folder == base and "bin" in dirs:  # the stand-in tools, which name their own root
+                dirs.remove("bin")
+            for p in [folder] + [os.path.join(folder, n) for n in names + [d for d in dirs
+                                                                           if os.path.islink(os.path.join(folder, d))]]:
+                st, key = os.lstat(p), area + os.path.relpath(p, base)
+                content = (os.readlink(p) if stat.S_ISLNK(st.st_mode) else None if not stat.S_ISREG(st.st_mode)
+                           or key.endswith(".log") else hashlib.sha256(open(p, "rb").read()).hexdigest()[:12])
+                out[key] = (stat.filemode(st.st_mode), st.st_uid, st.st_gid, content)
+    return out
+
+
+def reference(sc, status, stop, log, build):
+    """Lays out a second root as the scenario's, does the file steps there as the user, and checks
+    that they stop where the program stopped; returns that root's tree."""
+    root = tempfile.mkdtemp(prefix="vtx-e2e-%s-cp-" % sc.name)
+    try:
+        ref = prepare(sc, root)
+        cmd = [SANDBOX, "--root", root] + sc.sandbox
+        if sc.inside:
+            with open(os.path.join(root, "inside-setup.sh"), "w") as f:
+                f.write(sc.inside)
+            cmd += ["--inside-setup", os.path.join(root, "inside-setup.sh")]
+        env = dict(os.environ, LOG=log or "", STOP=stop or "", BUILD=build, HOME="/home/vtx")
+        out = subprocess.run(cmd + ["--"] + AS_USER + ["/bin/sh", "-c", REFERENCE], env=env, cwd="/",
+                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True).stdout
+        got = [x[len("reference: "):] for x in out.splitlines() if x.startswith("reference: ")]
+        want = "done" if status == SUCCESS else "stopped" if stop else status
+        check(got == [want], "the shell's steps as the user ended with %r, the program with %r:\n%s" % (got, want, out))
+        return tree(ref)
+    finally:
+        shutil.rmtree(root, ignore_errors=True)
+
+
+def as_cp(name, status, stop=None, log=LOG, build="Application"):
+    """The run ends as the same steps done by the shell tools as the user end."""
+    def expect(run):
+        want, got = reference(SCENARIOS[name], status, stop, log, build), tree(run)
+        differ = ["%s: %s, with cp %s" % (p, got.get(p, "absent"), want.get(p, "absent"))
+                  for p in sorted(set(want) | set(got)) if want.get(p) != got.get(p)]
+        check(not differ, "files not as the shell tools leave them:\n" + "\n".join(differ))
+    return expect
+
+
+def add_user(name, doc, status, log_lines, state, stop=None, tweak=None, setup=None, log=LOG, build="Application",
+             layout=(), sandbox=(), inside=None, **kw):
+    """A scenario run as the user: setup lays out the files, which then become the user's, and tweak
+    changes what the user does not own or may not write."""
+    add("user_" + name, doc + " (as the user)",
+        both(outcome(status, log_lines, state, **kw), as_cp("user_" + name, status, stop, log, build)),
+        layout=layout, sandbox=["--user", "%d:%d" % USER] + list(sandbox), inside=inside,
+        setup=both(*filter(None, (setup, owned_by_user, tweak))))
+
+
+def chown(path, uid, gid, mode=None):
+    def step(run):
+        os.lchown(run.path(path), uid, gid)
+        if mode is not None:
+            os.chmod(run.path(path), mode)
+    return step
+
+
+def link(path, target):
+    return lambda run: os.symlink(target, run.path(path))
+
+
+OLD_STICK_LOG = put(STICK_LOG, b"older log\r\n")
+
+# ---- the update as on the instrument
+
+add_user("happy_path", "auxiliary file, runtime link repaired through the privileged tool, font package, an "
+         "older log on the stick", SUCCESS,
+         ["P auxillary files copied"] + OS_UPDATE[1:] + ["remounted OS", "copied prerequisites to OS", "link changed"]
+         + INSTALL + ["P Copying /media/usb/jfonts.tgz to /home/vtx", "P Application started"],
+         dict(DONE, zip="complete", fonts="unpacked", runtime="replaced"), privileged=OS_COMMANDS + ["reboot"],
+         layout=["--link", "wrong"], setup=both(EXTRAS, RUNTIME_ON_STICK, OLD_STICK_LOG))
+
+# ---- replacing what the user may not write: cp is refused, and so is the update
+
+add_user("application_of_root", "an Application of root's, mode 0755, in the user's code folder",
+         "Disk error... (06)", CURRENT + BACKED, BACKED_UP, tweak=chown(APPLICATION, 0, 0, 0o755))
+add_user("application_read_only", "a read-only Application (0555) of the user's", "Disk error... (06)",
+         CURRENT + BACKED, BACKED_UP, tweak=chown(APPLICATION, *USER, mode=0o555))
+add_user("stick_log_of_root", "the stick holds an older log of that name, root's", "Disk error... (13)", DONE_LOG,
+         dict(INSTALLED, stick_log="unchanged"), setup=OLD_STICK_LOG, tweak=chown(STICK_LOG, 0, 0, 0o644))
+# cp writes into a file it may write but not give the user, and so does the update: in place.
+add_user("application_of_root_writable", "an Application of root's that everyone may write (0777)", SUCCESS,
+         DONE_LOG, DONE, tweak=chown(APPLICATION, 0, 0, 0o777))
+# cp writes the new build into Application, then Code/NEW cannot go: it is left empty.
+add_user("code_folder_not_writable", "a code folder of root's with the user's Application and Old",
+         "Disk error... (07)", CURRENT + BACKED, dict(BACKED_UP, application="new"), also=["/home/vtx/Code/NEW/"],
+         setup=put(CODE + "/Old/Application_01012019_0000", b"an older backup"), tweak=chown(CODE, 0, 0, 0o755))
+
+# ---- every other failure the user meets without root
+
+add_user("code_01", "no application to back up", "Disk error... (01)", CURRENT, dict(FRESH, application="none"),
+         stop="backup", setup=gone(APPLICATION))
+# The file test lists a link as a file: the copy of what it leads to fails.
+for _kind, _target in (("folder", CODE + "/NEW"), ("dangling", CODE + "/gone")):
+    add_user("application_link_" + _kind, "a link named Application, to a " + _kind if _kind == "folder"
+             else "a dangling link named Application", "Disk error... (04)", CURRENT, FRESH,
+             setup=both(gone(APPLICATION), link(APPLICATION, _target)))
+add_user("code_03", "the user may not write the code folder, which has no backup folder", "Disk error... (03)",
+         CURRENT, FRESH, tweak=chown(CODE, 0, 0, 0o755))
+add_user("code_04", "a backup folder of root's", "Disk error... (04)", CURRENT, FRESH,
+         setup=put(CODE + "/Old/Application_01012019_0000", b"an older backup"), tweak=chown(CODE + "/Old", 0, 0))
+add_user("code_08", "a code folder the user cannot list", "Disk error... (08)/home/vtx/Code/", None, FRESH,
+         stop="aux", log=None, tweak=chown(CODE, *USER, mode=0o311))
+add_user("code_10", "a log file the user may not write", "Disk error... (10)", [], FRESH,
+         tweak=chown(LOG, 0, 0, 0o644))
+add_user("code_14", "Chinese build whose library check answers 0 (bash as /bin/sh)", "Disk error... (14)",
+         CURRENT + BACKED, BACKED_UP, stop="install", layout=["--chinese"], sandbox=["--sh", "bash"])
+add_user("code_15", "library check answers 0 (bash as /bin/sh)", "Disk error... (15)", CURRENT + BACKED, BACKED_UP,
+         stop="install", sandbox=["--sh", "bash"])
+add_user("code_16", "the runtime link cannot be read", "Disk error... (16)",
+         SYSTEMS_CHECK[:2] + ["FAIL - cannot read link version", "Contact service!"], FRESH, stop="backup",
+         layout=["--link", "missing"])
+add_user("auxiliary_refused", "an auxiliary file on the stick, a code folder of root's", "Could not copy file(s): "
+         "auxillary files", ["P could not copy auxillary files"], FRESH, setup=put("/media/usb/update/zip", b"aux\n"),
+         tweak=chown(CODE, 0, 0, 0o755))
+add_user("fonts_refused", "a font package on the stick, a home folder of root's", "Could not copy file(s): font "
+         "package", CURRENT + INSTALL + ["P Copying /media/usb/jfonts.tgz to /home/vtx", "P could not copy font "
+                                         "package"], INSTALLED, setup=FONTS, tweak=chown("/home/vtx/", 0, 0, 0o755))
+# The log opened for appending creates the file a dangling link names; that file is the log.
+LINKED_LOG = CODE + "/logs/today.log"
+add_user("log_link_dangling", "the only log is a dangling link", SUCCESS, None, dict(DONE, stick_log="none"),
+         log=CODE + "/current.log", also=[LINKED_LOG, "/media/usb/current.log"],
+         setup=both(gone(LOG), put(CODE + "/logs/keep", b""), link(CODE + "/current.log", LINKED_LOG)),
+         more=lambda run: check(matches(appended_lines(run, LINKED_LOG, b""), DONE_LOG) and run.read(
+             "/media/usb/current.log") == run.read(LINKED_LOG), "the log behind the link, or its copy, is not whole"))
