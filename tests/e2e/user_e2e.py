@@ -192,3 +192,13 @@ add_user("log_link_dangling", "the only log is a dangling link", SUCCESS, None, 
          setup=both(gone(LOG), put(CODE + "/logs/keep", b""), link(CODE + "/current.log", LINKED_LOG)),
          more=lambda run: check(matches(appended_lines(run, LINKED_LOG, b""), DONE_LOG) and run.read(
              "/media/usb/current.log") == run.read(LINKED_LOG), "the log behind the link, or its copy, is not whole"))
+
+# ---- a power cut at every operation of a full update as the user, on disks that lose what was
+# not flushed (the same promises as for root's runs)
+
+from powerloss_e2e import LOSSY, every_cut_point  # noqa: E402
+
+add_user("powerloss_everywhere", "power cut at every file-system operation of a full update, every crash state",
+         SUCCESS, None, dict(DONE, zip="complete", fonts="unpacked", stick_log="complete", runtime="replaced"),
+         privileged=OS_COMMANDS + ["reboot"], more=every_cut_point("Application"), layout=["--link", "wrong"],
+         sandbox=["--lossy"], setup=LOSSY)
