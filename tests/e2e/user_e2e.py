@@ -11,6 +11,7 @@ import stat
 import subprocess
 import tempfile
 
+from powerloss_e2e import LOSSY, every_cut_point
 from update_e2e import (APPLICATION, BACKED, BACKED_UP, BACKUP, CURRENT, DONE, DONE_LOG, EXTRAS, FONTS, FRESH,
                         INSTALL, INSTALLED, LOG, OS_COMMANDS, OS_UPDATE, RUNTIME_ON_STICK, SANDBOX, SCENARIOS, SUCCESS,
                         SYSTEMS_CHECK, add, appended_lines, both, check, gone, matches, outcome, prepare, put)
@@ -159,15 +160,20 @@ add_user("code_folder_not_writable", "a code folder of root's with the user's Ap
 
 add_user("code_01", "no application to back up", "Disk error... (01)", CURRENT, dict(FRESH, application="none"),
          stop="backup", setup=gone(APPLICATION))
+add_user("application_folder", "a folder named Application", "Disk error... (01)", CURRENT,
+         dict(FRESH, application="none"), stop="backup", setup=both(gone(APPLICATION), put(APPLICATION + "/x", b"")))
 # The file test lists a link as a file: the copy of what it leads to fails.
-for _kind, _target in (("folder", CODE + "/NEW"), ("dangling", CODE + "/gone")):
-    add_user("application_link_" + _kind, "a link named Application, to a " + _kind if _kind == "folder"
-             else "a dangling link named Application", "Disk error... (04)", CURRENT, FRESH,
+for _kind, _doc, _target in (("folder", "a link named Application, to a folder", CODE + "/NEW"),
+                             ("dangling", "a dangling link named Application", CODE + "/gone")):
+    add_user("application_link_" + _kind, _doc, "Disk error... (04)", CURRENT, FRESH,
              setup=both(gone(APPLICATION), link(APPLICATION, _target)))
 add_user("code_03", "the user may not write the code folder, which has no backup folder", "Disk error... (03)",
          CURRENT, FRESH, tweak=chown(CODE, 0, 0, 0o755))
 add_user("code_04", "a backup folder of root's", "Disk error... (04)", CURRENT, FRESH,
          setup=put(CODE + "/Old/Application_01012019_0000", b"an older backup"), tweak=chown(CODE + "/Old", 0, 0))
+add_user("new_folder_part_of_root", "the new-build folder holds a folder of root's", "Disk error... (07)",
+         CURRENT + BACKED, dict(BACKED_UP, application="new"), also=[CODE + "/NEW/"],
+         setup=put(CODE + "/NEW/lib/libextra.so", b"library"), tweak=chown(CODE + "/NEW/lib", 0, 0, 0o755))
 add_user("code_08", "a code folder the user cannot list", "Disk error... (08)/home/vtx/Code/", None, FRESH,
          stop="aux", log=None, tweak=chown(CODE, *USER, mode=0o311))
 add_user("code_10", "a log file the user may not write", "Disk error... (10)", [], FRESH,
@@ -179,6 +185,14 @@ add_user("code_15", "library check answers 0 (bash as /bin/sh)", "Disk error... 
 add_user("code_16", "the runtime link cannot be read", "Disk error... (16)",
          SYSTEMS_CHECK[:2] + ["FAIL - cannot read link version", "Contact service!"], FRESH, stop="backup",
          layout=["--link", "missing"])
+add_user("stick_read_only", "a read-only stick", "Disk error... (13)", DONE_LOG, INSTALLED,
+         inside="read_only /media/usb\n")
+for _i, _fail in ((1, ["FAIL - cannot copy prerequisites to OS"]),
+                  (2, ["copied prerequisites to OS", "FAIL - cannot link prerequisites"])):
+    add_user("code_18_%s_refused" % ("copy", "link")[_i - 1], "the privileged tool fails to change the root image",
+             "Disk error... (18)", OS_UPDATE + ["remounted OS"] + _fail, FRESH, stop="backup",
+             privileged=OS_COMMANDS[:_i + 1], also=["/mnt/root-ro/"], layout=["--link", "wrong"],
+             setup=both(RUNTIME_ON_STICK, lambda run, i=_i: run.record("privileged.fail", OS_COMMANDS[i] + "\n")))
 add_user("auxiliary_refused", "an auxiliary file on the stick, a code folder of root's", "Could not copy file(s): "
          "auxillary files", ["P could not copy auxillary files"], FRESH, setup=put("/media/usb/update/zip", b"aux\n"),
          tweak=chown(CODE, 0, 0, 0o755))
@@ -195,8 +209,6 @@ add_user("log_link_dangling", "the only log is a dangling link", SUCCESS, None, 
 
 # ---- a power cut at every operation of a full update as the user, on disks that lose what was
 # not flushed (the same promises as for root's runs)
-
-from powerloss_e2e import LOSSY, every_cut_point  # noqa: E402
 
 add_user("powerloss_everywhere", "power cut at every file-system operation of a full update, every crash state",
          SUCCESS, None, dict(DONE, zip="complete", fonts="unpacked", stick_log="complete", runtime="replaced"),
