@@ -46,32 +46,31 @@ result done
 """ % dict(backup=BACKUP)
 
 
-def owned_by_user(run):
-    """/home/vtx and the stick the user's; the privileged tools stay root's, as the system's are."""
+def paths(run):
+    """Every folder, file and link of /home/vtx and the stick, less the stand-in tools (which are
+    root's, as the system's are, and name their own sandbox root)."""
     for area in ("/home/vtx/", "/media/usb/"):
         base = run.path(area)
         for folder, dirs, names in os.walk(base):
-            if folder == base and "bin" in dirs and area == "/home/vtx/":
+            if folder == base and area == "/home/vtx/":
                 dirs.remove("bin")
-            for p in [folder] + [os.path.join(folder, n) for n in names]:
-                os.lchown(p, *USER)
+            for p in [folder] + [os.path.join(folder, n) for n in names + dirs]:
+                yield area + os.path.relpath(p, base), p
+
+
+def owned_by_user(run):
+    for _, p in paths(run):
+        os.lchown(p, *USER)
 
 
 def tree(run):
-    """Kind, mode, owner, group and content of every file, link and folder of /home/vtx and the stick;
-    the content of the logs left out."""
+    """Kind, mode, owner, group and content (but the logs') of everything paths() lists."""
     out = {}
-    for area in ("/home/vtx/", "/media/usb/"):
-        base = run.path(area)
-        for folder, dirs, names in os.walk(base):
-            if folder == base and "bin" in dirs:  # the stand-in tools, which name their own root
-                dirs.remove("bin")
-            for p in [folder] + [os.path.join(folder, n) for n in names + [d for d in dirs
-                                                                           if os.path.islink(os.path.join(folder, d))]]:
-                st, key = os.lstat(p), area + os.path.relpath(p, base)
-                content = (os.readlink(p) if stat.S_ISLNK(st.st_mode) else None if not stat.S_ISREG(st.st_mode)
-                           or key.endswith(".log") else hashlib.sha256(open(p, "rb").read()).hexdigest()[:12])
-                out[key] = (stat.filemode(st.st_mode), st.st_uid, st.st_gid, content)
+    for key, p in paths(run):
+        st = os.lstat(p)
+        content = (os.readlink(p) if stat.S_ISLNK(st.st_mode) else None if not stat.S_ISREG(st.st_mode)
+                   or key.endswith(".log") else hashlib.sha256(open(p, "rb").read()).hexdigest()[:12])
+        out[key] = (stat.filemode(st.st_mode), st.st_uid, st.st_gid, content)
     return out
 
 
@@ -118,11 +117,7 @@ def add_user(name, doc, status, log_lines, state, stop=None, tweak=None, setup=N
 
 
 def chown(path, uid, gid, mode=None):
-    def step(run):
-        os.lchown(run.path(path), uid, gid)
-        if mode is not None:
-            os.chmod(run.path(path), mode)
-    return step
+    return lambda run: (os.lchown(run.path(path), uid, gid), mode is None or os.chmod(run.path(path), mode))
 
 
 def link(path, target):
