@@ -1,8 +1,6 @@
-"""The update as the instrument's ordinary user (uid 1000, owning /home/vtx and the stick), with root
-rights only through the stand-in privileged tool. Each scenario's run is compared with the same
-file steps done by cp, mkdir, rm and the shell as that user, in a second sandbox laid out the same
-way: the same step fails, and every file and folder ends with the same content, mode, owner and
-group (the logs' contents aside, which the program writes to)."""
+"""The update as the instrument's user (uid 1000, owning /home/vtx and the stick; root only in the
+stand-in privileged tool), compared with its file steps done by the shell tools as that user in a
+second sandbox: the same step fails, every file ends with the same content, mode, owner and group."""
 
 import hashlib
 import os
