@@ -10,7 +10,7 @@ import subprocess
 import tempfile
 
 from powerloss_e2e import LOSSY, every_cut_point
-from update_e2e import (APPLICATION, BACKED, BACKED_UP, BACKUP, CURRENT, DONE, DONE_LOG, EXTRAS, FONTS, FRESH,
+from update_e2e import (APPLICATION, BACKED, BACKED_UP, BACKUP, CURRENT, DONE, DONE_LOG, EXTRAS, FONTS, FRESH, I386,
                         INSTALL, INSTALLED, LOG, OS_COMMANDS, OS_UPDATE, RUNTIME_ON_STICK, SANDBOX, SCENARIOS, SUCCESS,
                         SYSTEMS_CHECK, add, appended_lines, both, check, gone, matches, outcome, prepare, put)
 
@@ -20,8 +20,7 @@ CODE = "/home/vtx/Code"
 STICK_LOG = "/media/usb/instrument.log"
 os.umask(0o022)  # the instrument user's, for the program and the shell tools alike
 
-# The update's file steps as the shell tools do them, in the update's order, up to the first that
-# fails (its code printed) or the step where the program stops for a reason of its own ($STOP).
+# The update's file steps by the shell tools, in order, to the first that fails or to $STOP (no file step stops there).
 REFERENCE = r"""C=/home/vtx/Code
 result() { echo "reference: $1"; exit 0; }
 [ -n "$LOG" ] || result stopped
@@ -45,8 +44,7 @@ result done
 
 
 def paths(run):
-    """Every folder, file and link of /home/vtx and the stick, less the stand-in tools (which are
-    root's, as the system's are, and name their own sandbox root)."""
+    """Every folder, file and link of /home/vtx and the stick but the stand-in tools (root's, as the system's)."""
     for area in ("/home/vtx/", "/media/usb/"):
         base = run.path(area)
         for folder, dirs, names in os.walk(base):
@@ -73,16 +71,13 @@ def tree(run):
 
 
 def reference(sc, status, stop, log, build):
-    """Lays out a second root as the scenario's, does the file steps there as the user, and checks
-    that they stop where the program stopped; returns that root's tree."""
+    """The tree the file steps leave as the user in a second root like the scenario's; they stop as the program did."""
     root = tempfile.mkdtemp(prefix="vtx-e2e-%s-cp-" % sc.name)
     try:
         ref = prepare(sc, root)
-        cmd = [SANDBOX, "--root", root] + sc.sandbox
-        if sc.inside:
-            with open(os.path.join(root, "inside-setup.sh"), "w") as f:
-                f.write(sc.inside)
-            cmd += ["--inside-setup", os.path.join(root, "inside-setup.sh")]
+        inside = os.path.join(root, "inside-setup.sh")
+        open(inside, "w").write(sc.inside or "")
+        cmd = [SANDBOX, "--root", root, "--inside-setup", inside] + sc.sandbox
         env = dict(os.environ, LOG=log or "", STOP=stop or "", BUILD=build, HOME="/home/vtx")
         out = subprocess.run(cmd + ["--"] + AS_USER + ["/bin/sh", "-c", REFERENCE], env=env, cwd="/",
                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True).stdout
@@ -106,8 +101,7 @@ def as_cp(name, status, stop=None, log=LOG, build="Application"):
 
 def add_user(name, doc, status, log_lines, state, stop=None, tweak=None, setup=None, log=LOG, build="Application",
              layout=(), sandbox=(), inside=None, **kw):
-    """A scenario run as the user: setup lays out the files, which then become the user's, and tweak
-    changes what the user does not own or may not write."""
+    """Run as the user: setup lays out files, which become the user's; tweak takes from the user what it names."""
     add("user_" + name, doc + " (as the user)",
         both(outcome(status, log_lines, state, **kw), as_cp("user_" + name, status, stop, log, build)),
         layout=layout, sandbox=["--user", "%d:%d" % USER] + list(sandbox), inside=inside,
@@ -175,9 +169,10 @@ add_user("code_14", "Chinese build whose library check answers 0 (bash as /bin/s
          CURRENT + BACKED, BACKED_UP, stop="install", layout=["--chinese"], sandbox=["--sh", "bash"])
 add_user("code_15", "library check answers 0 (bash as /bin/sh)", "Disk error... (15)", CURRENT + BACKED, BACKED_UP,
          stop="install", sandbox=["--sh", "bash"])
-add_user("code_16", "the runtime link cannot be read", "Disk error... (16)",
-         SYSTEMS_CHECK[:2] + ["FAIL - cannot read link version", "Contact service!"], FRESH, stop="backup",
-         layout=["--link", "missing"])
+if not I386:  # where the missing link leaves the program without its runtime (update_e2e's code_16)
+    add_user("code_16", "the runtime link cannot be read", "Disk error... (16)",
+             SYSTEMS_CHECK[:2] + ["FAIL - cannot read link version", "Contact service!"], FRESH, stop="backup",
+             layout=["--link", "missing"])
 add_user("stick_read_only", "a read-only stick", "Disk error... (13)", DONE_LOG, INSTALLED,
          inside="read_only /media/usb\n")
 for _i, _fail in ((1, ["FAIL - cannot copy prerequisites to OS"]),
