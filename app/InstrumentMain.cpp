@@ -81,9 +81,11 @@ CInstrumentMain::CInstrumentMain(CInstrumentBase* drawingContext)
     m_specialCommand = GetSpecialCommandFromCommandLine();
 
     // The views draw with their own instrument object over the same font, rectangle and parent.
-    m_viewRect = drawingContext && drawingContext->GetClientRect() ? *drawingContext->GetClientRect() : CRect();
+    // The copy is taken once per process and outlives every view that points at it.
+    static CRect viewRect = drawingContext && drawingContext->GetClientRect() ? *drawingContext->GetClientRect()
+                                                                                : CRect();
     GetViewInstrumentBase().Set(new CInstrumentBase(drawingContext ? drawingContext->GetDefaultFont() : nullptr,
-                                                    &m_viewRect,
+                                                    &viewRect,
                                                     drawingContext ? drawingContext->GetParentWindow() : nullptr));
 
     SetCursorVisible(false);

@@ -12,7 +12,6 @@
 #include "app/WorkerThread.h"
 #include "foundation/InstrumentEnums.h"
 #include "log/InstrumentLog.h"
-#include "ui/Geometry.h"
 
 class CInstrumentBase;
 class CInstrumentViewInterface;
@@ -64,6 +63,4 @@ public:
 
 private:
     eUpdateCommandLineSpecialCmdParamCmd m_specialCommand = 0;
-    // The client rectangle of the view-side instrument object, which goes before this.
-    CRect m_viewRect;
 };

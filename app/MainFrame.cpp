@@ -1,5 +1,7 @@
 #include "app/MainFrame.h"
 
+#include <wx/font.h>
+
 #include "app/InstrumentBase.h"
 #include "app/InstrumentMain.h"
 #include "app/ServerApp.h"
@@ -11,11 +13,13 @@ CInstrumentMain* g_instrumentMain = nullptr;
 // ---------------------------------------------------------------------------------------------
 // CServerView
 
-CServerView::CServerView(wxWindow* parent, const CRect& clientRect)
-    : m_defaultFont(8, wxFONTFAMILY_DEFAULT, wxFONTSTYLE_NORMAL, wxFONTWEIGHT_NORMAL, false, "Arial",
-                    wxFONTENCODING_ISO8859_1),
-      m_clientRect(clientRect) {
-    g_drawingContext = new CInstrumentBase(&m_defaultFont, &m_clientRect, parent, CInstrumentBase::kFirstControlId);
+CServerView::CServerView(wxWindow* parent, const CRect& clientRect) {
+    // Both live until the end of the process, longer than any view that points at them.
+    static wxFont defaultFont;
+    static CRect rect = clientRect;
+    defaultFont = wxFont(8, wxFONTFAMILY_DEFAULT, wxFONTSTYLE_NORMAL, wxFONTWEIGHT_NORMAL, false, "Arial",
+                         wxFONTENCODING_ISO8859_1);
+    g_drawingContext = new CInstrumentBase(&defaultFont, &rect, parent, CInstrumentBase::kFirstControlId);
     g_instrumentMain = new CInstrumentMain(g_drawingContext);
 }
 
@@ -28,6 +32,9 @@ CServerView::~CServerView() {
 
 // ---------------------------------------------------------------------------------------------
 // CMainFrame
+
+wxBEGIN_EVENT_TABLE(CMainFrame, wxFrame)
+wxEND_EVENT_TABLE()
 
 CMainFrame::CMainFrame(const wxString& title, const wxPoint& position, const wxSize& size, long style,
                        bool withServerView)

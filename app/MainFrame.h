@@ -3,7 +3,6 @@
 // view under it, which owns the drawing context and the main controller. The frame draws nothing
 // and handles no events of its own: the active view draws everything inside its client area.
 
-#include <wx/font.h>
 #include <wx/frame.h>
 
 #include "ui/Geometry.h"
@@ -20,11 +19,6 @@ public:
     virtual ~CServerView();
     CServerView(const CServerView&) = delete;
     CServerView& operator=(const CServerView&) = delete;
-
-private:
-    // Pointed at by the drawing context and every view, which go before these.
-    wxFont m_defaultFont;
-    CRect m_clientRect;
 };
 
 class CMainFrame : public wxFrame {
@@ -38,6 +32,9 @@ public:
 
     // The client-area origin and client size.
     CRect GetClientRectangle() const;
+
+private:
+    wxDECLARE_EVENT_TABLE();
 };
 
 // Application-wide objects; each owned by the object that creates it (frame, server view).

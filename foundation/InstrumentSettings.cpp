@@ -10,12 +10,11 @@
 // Files and keys
 
 std::string GetSettingsFilePath(int origin) {
-    switch (origin) {
-        case eSettingsOriginUser: return GetUserSettingsFile();
-        case eSettingsOriginUserSecond: return GetSecondSettingsFile();
-        case eSettingsOriginFactory: return GetFactorySettingsFile();
-        default: return std::string();
-    }
+    // The name and the extension of each origin's file, side by side.
+    static const char* const names[] = {"settings", "settings", "factory"};
+    static const char* const extensions[] = {".vtx", ".lmo", ".lmo"};
+    if (origin < 0 || origin > eSettingsOriginFactory) return std::string();
+    return JoinPath(GetApplicationFolder(), std::string(names[origin]) + extensions[origin]);
 }
 
 const std::string& GetInstrumentKey(eInstrumentKey key) {

@@ -3,6 +3,7 @@
 #include "foundation/InstrumentEnums.h"
 
 #include <wx/debug.h>
+#include <wx/wxcrt.h>
 
 #include <cctype>
 
@@ -108,17 +109,17 @@ std::string CInstrumentTime::FormatXml() const { return Format(XmlFormat().c_str
 
 namespace {
 // The fields day, month, year, hour and minute as the toolkit reads "%d%m%Y %H%M": up to 2, 2 and
-// 4 digits, any white space (also none), then up to 2 and 2 digits.
-bool ReadSettingsFields(const std::string& text, int fields[5]) {
+// 4 digits, any white space (also none; whatever the toolkit takes for white space, Unicode's
+// included), then up to 2 and 2 digits.
+bool ReadSettingsFields(const wxString& text, int fields[5]) {
     static const size_t kWidths[5] = {2, 2, 4, 2, 2};
-    size_t at = 0;
+    wxString::const_iterator at = text.begin();
     for (int i = 0; i < 5; ++i) {
-        while (i == 3 && at < text.size() && std::isspace(static_cast<unsigned char>(text[at]))) ++at;
+        while (i == 3 && at != text.end() && wxIsspace(*at)) ++at;
         size_t digits = 0;
         fields[i] = 0;
-        for (; digits < kWidths[i] && at < text.size() && std::isdigit(static_cast<unsigned char>(text[at]));
-             ++digits, ++at)
-            fields[i] = fields[i] * 10 + (text[at] - '0');
+        for (; digits < kWidths[i] && at != text.end() && *at >= '0' && *at <= '9'; ++digits, ++at)
+            fields[i] = fields[i] * 10 + static_cast<int>((*at).GetValue() - '0');
         if (digits == 0) return false;
     }
     return true;
@@ -128,13 +129,13 @@ bool ReadSettingsFields(const std::string& text, int fields[5]) {
 bool CInstrumentTime::ParseSettings(const std::string& text, CInstrumentTime& out) {
     // As the toolkit reads the form, with its leniency about field widths, blanks and trailing text.
     wxDateTime parsed;
-    if (!parsed.ParseFormat(wxString::FromUTF8(text.c_str()), wxString(SettingsFormat())) || !parsed.IsValid())
-        return false;
+    const wxString wide = wxString::FromUTF8(text.c_str());
+    if (!parsed.ParseFormat(wide, wxString(SettingsFormat())) || !parsed.IsValid()) return false;
     // But the toolkit moves a time that does not exist locally (the hour skipped when summer time
     // begins) on to one that does; such a text names no time.
     int fields[5];
     const wxDateTime::Tm tm = parsed.GetTm(wxDateTime::Local);
-    if (!ReadSettingsFields(text, fields) || fields[0] != tm.mday || fields[1] != tm.mon + 1 ||
+    if (!ReadSettingsFields(wide, fields) || fields[0] != tm.mday || fields[1] != tm.mon + 1 ||
         fields[2] != tm.year || fields[3] != tm.hour || fields[4] != tm.min)
         return false;
     out = CInstrumentTime(parsed);

@@ -8,7 +8,8 @@
 #include <ios>
 #include <string>
 
-template <class IFStream, class String>
+// Ios names the stream family the two streams belong to; the streams carry everything it gives.
+template <class Ios, class IFStream, class String>
 class TTextFileReader {
     using Char = typename String::value_type;
 
@@ -64,7 +65,7 @@ private:
     bool m_open = false;
 };
 
-template <class OFStream, class String>
+template <class Ios, class OFStream, class String>
 class TTextFileWriter {
     using Char = typename String::value_type;
 
@@ -116,7 +117,9 @@ private:
     OFStream m_stream;
 };
 
-using CTextFileReader = TTextFileReader<std::basic_ifstream<char>, std::basic_string<char>>;
-using CTextFileWriter = TTextFileWriter<std::basic_ofstream<char>, std::basic_string<char>>;
-using CTextFileReaderW = TTextFileReader<std::basic_ifstream<wchar_t>, std::basic_string<wchar_t>>;
-using CTextFileWriterW = TTextFileWriter<std::basic_ofstream<wchar_t>, std::basic_string<wchar_t>>;
+using CTextFileReader = TTextFileReader<std::basic_ios<char>, std::basic_ifstream<char>, std::basic_string<char>>;
+using CTextFileWriter = TTextFileWriter<std::basic_ios<char>, std::basic_ofstream<char>, std::basic_string<char>>;
+using CTextFileReaderW =
+    TTextFileReader<std::basic_ios<wchar_t>, std::basic_ifstream<wchar_t>, std::basic_string<wchar_t>>;
+using CTextFileWriterW =
+    TTextFileWriter<std::basic_ios<wchar_t>, std::basic_ofstream<wchar_t>, std::basic_string<wchar_t>>;

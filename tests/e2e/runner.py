@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """End-to-end scenarios: the delivered program in the instrument sandbox on a private Xvfb display,
 checked for what a service engineer would look at once the update has come to an end. Runs the
-scenarios of every scenario file (update_e2e.py, faults_e2e.py, powerloss_e2e.py), which import
+scenarios of every scenario file (update_e2e.py, faults_e2e.py, powerloss_e2e.py, user_e2e.py), which import
 only update_e2e and tools/sandbox_run.py, never this runner.
 
     runner.py --list | --program build/update [--keep] [SCENARIO...]
 """
 
 import argparse
+import os
 import re
 import shutil
 import sys
@@ -15,6 +16,7 @@ import tempfile
 
 import faults_e2e  # noqa: F401  (registers its scenarios)
 import powerloss_e2e  # noqa: F401
+import user_e2e  # noqa: F401
 from update_e2e import SCENARIOS, Failure, cannot_start, check, execute, names_its_build, on_the_sheet, paused, prepare
 
 
@@ -56,15 +58,19 @@ def main():
     if a.list:
         print("\n".join("%-34s %s" % (name, sc.doc) for name, sc in SCENARIOS.items()))
         return 0
-    failures = 0
+    failures, skipped = 0, False
     for name in a.scenarios or list(SCENARIOS):
+        if "--user" in SCENARIOS[name].sandbox and os.geteuid() != 0:
+            print("SKIP %s: runs the program as another user, which needs root" % name)
+            skipped = True
+            continue
         try:
             run_scenario(SCENARIOS[name], a.program, a.keep)
             print("PASS %s" % name)
         except Failure as e:
             failures += 1
             print("FAIL %s: %s" % (name, e))
-    return 1 if failures else 0
+    return 1 if failures else 77 if skipped else 0
 
 
 if __name__ == "__main__":

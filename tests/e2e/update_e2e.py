@@ -265,8 +265,6 @@ add("wrong_link", "a link to another runtime: the OS is updated; the bar stays e
 
 # ---- failures: each leaves the program on its screen with a full bar, and reboots nothing
 
-add("code_01", "no application to back up", outcome("Disk error... (01)", CURRENT, dict(FRESH, application="none")),
-    setup=gone(APPLICATION))
 # A clock set wrong dated the application after 2038: backed up under that date, except on the
 # 32-bit PC, which cannot read the date (stat: value too large) and takes the file for absent.
 STAMP_2040 = "/home/vtx/Code/Old/Application_01022040_1200"
@@ -287,8 +285,6 @@ add("code_07", "the new-build folder holds a hidden file, which its removal does
     setup=put("/home/vtx/Code/NEW/.hidden", b"left by the build tool\n"))
 add("code_08", "no log file directly in the code folder", outcome("Disk error... (08)/home/vtx/Code/", None, FRESH),
     setup=both(gone(LOG), put("/home/vtx/Code/logs/deeper.log", b"not directly in the code folder\r\n")))
-add("code_14", "Chinese build whose library check answers 0 (bash as /bin/sh)",
-    outcome("Disk error... (14)", CURRENT + BACKED, BACKED_UP), layout=["--chinese"], sandbox=["--sh", "bash"])
 add("code_15", "library check answers 0 (bash as /bin/sh)", outcome("Disk error... (15)", CURRENT + BACKED, BACKED_UP),
     sandbox=["--sh", "bash"])
 

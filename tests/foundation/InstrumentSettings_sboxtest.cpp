@@ -66,6 +66,7 @@ TEST_F(InstrumentSettingsFiles, LoadReadsAllThreeFilesAndCountsOnlyTheUserFiles)
     CSingleton<CInstrumentSettingsCollection>::GetInstance()->LoadOrigin(0);
     EXPECT_EQ(m_record,
               (std::vector<std::string>{"first loaded", "second loaded", "first loaded", "second loaded"}));
+    EXPECT_EQ(GetSettingsFilePath(2) + GetSettingsFilePath(3) + GetSettingsFilePath(-1), kFactory);  // no others
 }
 
 TEST_F(InstrumentSettingsFiles, SaveAndResetWriteBothUserFilesAndNeverTheFactoryFile) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cstdlib>
 #include <ctime>
 #include <string>
@@ -45,6 +46,14 @@ TEST(InstrumentTime, SettingsFormReadsAsTheToolkitReadsIt) {
         EXPECT_EQ(parsed, before) << bad;
     }
     EXPECT_FALSE(CInstrumentTime::ParseSettings(std::string("02102017 1407").replace(8, 1, 1, '\0'), parsed));
+    // White space before the time is what the toolkit takes for it in the locale: in UTF-8 an em space,
+    // not a no-break space.
+    const std::string ctype = setlocale(LC_CTYPE, nullptr);
+    ASSERT_TRUE(setlocale(LC_CTYPE, "C.UTF-8"));
+    EXPECT_TRUE(CInstrumentTime::ParseSettings("02102017\u20031407", parsed) &&
+                parsed == CInstrumentTime(2, 10, 2017, 14, 7));
+    EXPECT_FALSE(CInstrumentTime::ParseSettings("02102017\u00a01407", parsed));
+    setlocale(LC_CTYPE, ctype.c_str());
 
     // A time that does not exist in local time (the hour skipped by summer time) is refused, not
     // moved to another hour.

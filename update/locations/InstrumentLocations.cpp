@@ -76,10 +76,6 @@ std::string GetPrivilegedTool() { return Join(ToolsFolder(), "VtxSecret"); }
 std::string GetHostNameTool() { return Join(ToolsFolder(), "VtxHostname"); }
 std::string GetFileSystemTableTool() { return Join(ToolsFolder(), "append_fstab"); }
 
-std::string GetUserSettingsFile() { return Join(GetApplicationFolder(), "settings.vtx"); }
-std::string GetSecondSettingsFile() { return Join(GetApplicationFolder(), "settings.lmo"); }
-std::string GetFactorySettingsFile() { return Join(GetApplicationFolder(), "factory.lmo"); }
-
 // The root image is the running system's root, so each path of the system lies under it as is.
 std::string GetRootImageRuntimeLibraryLink() { return GetRootImageFolder() + GetRuntimeLibraryLink(); }
 std::string GetRootImageRuntimeLibraryTarget() { return GetRootImageFolder() + GetRuntimeLibraryTarget(); }

@@ -66,11 +66,6 @@ std::string GetPrivilegedTool();       // "/home/vtx/bin/VtxSecret": runs its on
 std::string GetHostNameTool();         // "/home/vtx/bin/VtxHostname"
 std::string GetFileSystemTableTool();  // "/home/vtx/bin/append_fstab"
 
-// The settings files of the application folder.
-std::string GetUserSettingsFile();     // "/home/vtx/Code/settings.vtx"
-std::string GetSecondSettingsFile();   // "/home/vtx/Code/settings.lmo": service and mode settings
-std::string GetFactorySettingsFile();  // "/home/vtx/Code/factory.lmo"
-
 // The runtime library's link and target as the root image holds them, under GetRootImageFolder().
 std::string GetRootImageRuntimeLibraryLink();    // "/mnt/root-ro/usr/lib/i386-linux-gnu/libstdc++.so.6"
 std::string GetRootImageRuntimeLibraryTarget();  // the same with GetRuntimeLibraryName()

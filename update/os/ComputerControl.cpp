@@ -23,8 +23,10 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <algorithm>
 #include <cstdlib>
 #include <mutex>
+#include <vector>
 
 const char* const kPartialCopyName = ".vtx-partial-copy";
 
@@ -60,21 +62,44 @@ std::string CopyDestination(const std::string& from, const std::string& to) {
 
 // cp over an existing file writes into it, so that file keeps its mode, owner and group; the copy
 // that replaces it takes them over before it is flushed. A new file keeps what cp gave it.
-bool TakeOverAndFlush(const std::string& partial, const std::string& destination) {
+bool TakeOverAndFlush(const std::string& partial, const struct stat* replaced) {
     const int fd = open(partial.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;
-    struct stat old {};
     bool ok = true;
-    if (stat(destination.c_str(), &old) == 0 && S_ISREG(old.st_mode)) {
-        // Only root may give a file away; the group alone may still be the owner's to change. The
-        // mode matters most: an application without its execute bit does not start.
-        if (fchown(fd, old.st_uid, old.st_gid) != 0 && fchown(fd, static_cast<uid_t>(-1), old.st_gid) != 0)
-            VtxDebugTrace(kModule, "CopyFile", "%s keeps the copying user as owner\n", destination.c_str());
-        ok = fchmod(fd, old.st_mode & 07777) == 0;
+    if (replaced != nullptr) {
+        // The owner is ours already unless we are root (CanReplaceBeside); a disk that keeps no
+        // owners (a FAT stick) refuses even that, and its files all have the same one anyway.
+        if (fchown(fd, replaced->st_uid, replaced->st_gid) != 0)
+            VtxDebugTrace(kModule, "CopyFile", "%s: owner not taken over\n", partial.c_str());
+        // The mode matters most: an application without its execute bit does not start.
+        ok = fchmod(fd, replaced->st_mode & 07777) == 0;
     }
     ok = ok && fsync(fd) == 0;
     close(fd);
     return ok;
+}
+
+// cp opens an existing destination for writing and gives up when it may not: no write permission,
+// a read-only disk. A running program ("Text file busy") is the one refusal the rename gets past.
+bool CpMayWriteInto(const std::string& destination) {
+    const int fd = open(destination.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0) return errno == ETXTBSY;
+    close(fd);
+    return true;
+}
+
+bool InGroup(gid_t group) {
+    if (group == getegid()) return true;
+    std::vector<gid_t> groups(static_cast<size_t>(std::max(getgroups(0, nullptr), 0)));
+    groups.resize(static_cast<size_t>(std::max(getgroups(static_cast<int>(groups.size()), groups.data()), 0)));
+    return std::find(groups.begin(), groups.end(), group) != groups.end();
+}
+
+// A copy made beside the file ends as cp's only when the folder takes a new file and the new file
+// can be given the old one's owner and group, which only root can give away.
+bool CanReplaceBeside(const std::string& folder, const struct stat& replaced) {
+    if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) return false;
+    return geteuid() == 0 || (replaced.st_uid == geteuid() && InGroup(replaced.st_gid));
 }
 
 bool SyncToDisk(const std::string& path, int flags) {
@@ -246,11 +271,19 @@ SFirmwareIdentification GetFirmwareIdentification() {
 bool CopyFile(const std::string& from, const std::string& to) {
     const std::string destination = CopyDestination(from, to);
     const std::string folder = FolderOf(destination);
+    struct stat old {};
+    const bool replaces = stat(destination.c_str(), &old) == 0 && S_ISREG(old.st_mode);
+    if (replaces && !CpMayWriteInto(destination)) return false;
+    if (replaces && !CanReplaceBeside(folder, old)) {
+        // As cp does it, in place: a power cut now leaves the file in part (see the power-loss notes).
+        return RunShellCommand(NS_ShellCommand::Copy(from, destination)) == 0 && SyncToDisk(destination, O_RDONLY);
+    }
     const std::string partial = JoinPath(folder, kPartialCopyName);
     // Whatever an earlier power cut left under the partial name goes first.
     unlink(partial.c_str());
     const bool copied = RunShellCommand(NS_ShellCommand::Copy(from, partial)) == 0 &&
-                        TakeOverAndFlush(partial, destination) && rename(partial.c_str(), destination.c_str()) == 0;
+                        TakeOverAndFlush(partial, replaces ? &old : nullptr) &&
+                        rename(partial.c_str(), destination.c_str()) == 0;
     if (!copied) {
         unlink(partial.c_str());
         return false;

@@ -52,7 +52,9 @@ SFirmwareIdentification GetFirmwareIdentification();
 // to the disk and then renamed over the real name. On failure the partial copy is removed and the
 // real name is untouched; a partial copy left by a power cut is replaced by the next copy into
 // that folder. Renaming also replaces a program that is running, where cp would fail. As with cp,
-// an existing file keeps its mode, owner and group (as far as the user may give them).
+// an existing file keeps its mode, owner and group, and one that cp may not write is refused.
+// Where the copy beside could not end as cp's (a folder the user may not write, a file of another
+// owner), the file is written in place, as cp writes it, and a power cut may leave it in part.
 bool CopyFile(const std::string& from, const std::string& to);
 // ".vtx-partial-copy": hidden, so no pattern of the update ("*.log", "Application_*") matches it.
 extern const char* const kPartialCopyName;
