@@ -285,8 +285,6 @@ add("code_07", "the new-build folder holds a hidden file, which its removal does
     setup=put("/home/vtx/Code/NEW/.hidden", b"left by the build tool\n"))
 add("code_08", "no log file directly in the code folder", outcome("Disk error... (08)/home/vtx/Code/", None, FRESH),
     setup=both(gone(LOG), put("/home/vtx/Code/logs/deeper.log", b"not directly in the code folder\r\n")))
-add("code_15", "library check answers 0 (bash as /bin/sh)", outcome("Disk error... (15)", CURRENT + BACKED, BACKED_UP),
-    sandbox=["--sh", "bash"])
 
 
 def cannot_start(run):
