@@ -5,12 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <fstream>
 #include <string>
 #include <vector>
 
 using namespace std::string_literals;
-using vtxtest::ReadFile;
 using vtxtest::WriteFile;
 
 namespace {
@@ -45,21 +43,6 @@ TEST_F(TextFile, ReaderLineEnds) {
         std::vector<std::string> lines;
         while (!used.IsEof() && lines.size() < 100) lines.push_back(used.ReadLine());
         EXPECT_EQ(lines, c.lines);
-    }
-}
-
-TEST_F(TextFile, WritesGoToTheCurrentEndAfterAnotherWriter) {
-    for (bool append : {false, true}) {
-        const std::string path = m_folder / (append ? "app.log" : "trunc.log");
-        WriteFile(path, "old\r\n");
-        CTextFileWriter writer;
-        ASSERT_TRUE(writer.Open(path, append));
-        writer.WriteLine("1");
-        std::ofstream(path, std::ios::binary | std::ios::app) << "other\r\n";
-        writer.Write("2");
-        writer.WriteLine("");
-        EXPECT_TRUE(writer.Close());
-        EXPECT_EQ(ReadFile(path), std::string(append ? "old\r\n" : "") + "1\r\nother\r\n2\r\n") << append;
     }
 }
 
