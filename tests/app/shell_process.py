@@ -22,8 +22,8 @@ SETTINGS_LINE = "Error [Instrument View] Could not load settings!"
 BORDER_MASK, BORDER_NONE = 0x1F200000, 0x00200000
 DECORATIONS = 0x20000000 | 0x0040 | 0x0800 | 0x0400 | 0x0200 | 0x1000  # caption, resize border, menu, boxes
 
-# What a real process adds to the unit tables of splitting and number reading: the arguments come
-# as bytes, through the locale, past the toolkit's own options. (arguments, locale, special command)
+# What a real process adds to fuzz_command_line: arguments as bytes, through the locale, past the
+# toolkit's own options. (arguments, locale, special command)
 UTF8 = {"LC_ALL": "C.UTF-8"}
 COMMAND_LINES = [
     (["1", "7", "\u00e9"], {"LC_ALL": "C"}, 0),  # not ASCII under the C locale: still a parameter
