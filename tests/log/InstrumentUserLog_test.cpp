@@ -13,9 +13,8 @@
 
 namespace {
 
-// The lines of the file, each ended by "\n" instead of its CR LF (which every line must have),
-// with the stamps of the entries replaced by "S": unless empty, before and after are the moments
-// around the writes (a minute may turn over between them) and the stamps must be one of them.
+// The file's lines, each CR LF (which every line must have) as "\n", the entries' stamps as "S":
+// unless empty, each stamp must be before or after (a minute may turn over during the writes).
 std::string Unstamped(const std::string& path, const std::string& before, const std::string& after) {
     std::istringstream in(vtxtest::ReadFile(path));
     std::string text;

@@ -55,14 +55,7 @@ TEST(ComputerControlFiles, RemoveFolderTreeRemovesWhatItMatchesAndFollowsNoLink)
     EXPECT_TRUE(RemoveFolderTree(tree));
     EXPECT_FALSE(Exists(tree));
     EXPECT_EQ(ReadFile(outside + "/keep.txt"), "keep");
-    EXPECT_FALSE(RemoveFolderTree(tree));
-
-    // "*" does not match names starting with ".": they stay, and so does their folder.
-    for (const std::string& path : {tree, tree + "/sub"}) ASSERT_EQ(mkdir(path.c_str(), 0777), 0);
-    for (const std::string& path : {tree + "/Application", tree + "/sub/.hidden"}) ASSERT_TRUE(WriteFile(path, ""));
-    EXPECT_FALSE(RemoveFolderTree(tree));
-    EXPECT_FALSE(Exists(tree + "/Application"));
-    EXPECT_TRUE(Exists(tree + "/sub/.hidden"));
+    EXPECT_FALSE(RemoveFolderTree(tree));  // a hidden file, which "*" leaves, is e2e.code_07's
 }
 
 TEST(ComputerControlCommands, CommandOutputAndExitStatus) {

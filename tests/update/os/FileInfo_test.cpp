@@ -15,10 +15,8 @@ using vtxtest::WriteFile;
 
 namespace {
 
-// folder/
-//   a.log b.log c.txt, x.log/ (a folder),
-//   link.log -> ../outside (a link to a file elsewhere), dirlink -> sub,
-//   sub/d.log, sub/deeper/e.log, sub/deeper/f.txt
+// folder/: a.log b.log c.txt x.log/ link.log -> ../outside dirlink -> sub
+//          sub/d.log sub/deeper/e.log sub/deeper/f.txt
 class FileScan : public ::testing::Test {
 protected:
     void SetUp() override {
