@@ -29,9 +29,6 @@ inline CInstrumentViewManager& Manager() {
     return *CSingleton<CInstrumentViewManager>::GetInstance();
 }
 
-// Runs once at process exit, after the view manager has been destroyed (null: nothing).
-extern void (*g_afterViewManagerAtExit)();
-
 template <int Number>
 class TJournalView : public CInstrumentViewBase<TJournalView<Number>> {
 public:
