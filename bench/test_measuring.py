@@ -1,20 +1,14 @@
 #!/usr/bin/env python3
-"""Checks that keep bench/run-bench honest; nothing here asserts a time.
-
-- bench/update-steps.sh, the yardstick of the whole-update time, must leave the instrument and the
-  stick exactly as the program does, on the paths the benchmark takes and on the others it knows.
-- Both programs must report their paints the way run-bench reads them, and the update program
-  must stay silent about paints unless asked.
-
-Runs on the current X display (tools/with-xvfb gives one):
+"""Checks that keep bench/run-bench honest, asserting no time: bench/update-steps.sh, the yardstick
+of the whole update, leaves what the program leaves; both programs report their paints as run-bench
+reads them, the update program only when asked. On the current X display:
     test_measuring.py --program build/update --minimal build/bench/vtx_bench_minimal
 """
 
-import importlib.machinery
-import importlib.util
 import json
 import os
 import re
+import runpy
 import shutil
 import subprocess
 import sys
@@ -32,17 +26,8 @@ PROGRAMS = {}
 LOG_PREFIX = re.compile(rb"^(%s|%s)" % (e2e.US_PREFIX.encode(), e2e.EU_PREFIX.encode()), re.M)
 
 
-def load_run_bench():
-    loader = importlib.machinery.SourceFileLoader("run_bench", RUN_BENCH)
-    spec = importlib.util.spec_from_loader("run_bench", loader)
-    module = importlib.util.module_from_spec(spec)
-    loader.exec_module(module)
-    return module
-
-
 def instrument_state(run):
-    """Every file on the instrument and the stick but the sandbox's stand-in tools (which name their
-    own root), the logs with their date prefixes blanked."""
+    """Every file on the instrument and the stick but the stand-in tools, the logs' date prefixes blanked."""
     files = run.files(lambda path, data: LOG_PREFIX.sub(b"<date>", data) if path.endswith(".log") else data)
     return {path: digest for path, digest in files.items() if not path.startswith("/home/vtx/bin/")}
 
@@ -51,8 +36,8 @@ class ReferenceScript(unittest.TestCase):
     """The script and the program, each on its own copy of the same layout."""
 
     def outcome(self, scenario, use_script):
-        """What the run left, each file told by the layout file whose content it has (the layouts
-        hold generated data that differs from one copy to the next), else by its content."""
+        """What the run left, each file told by the layout file it equals (layouts differ from copy to
+        copy), else by its content."""
         root = tempfile.mkdtemp(prefix="vtx-bench-test-")
         try:
             run = e2e.prepare(scenario, root)
@@ -75,7 +60,7 @@ class ReferenceScript(unittest.TestCase):
         # The full update as benchmarked, the operating-system update, the Chinese variant with a
         # day-first log; the privileged commands, the reboot and the files, all the same.
         chinese_eu = e2e.Scenario("chinese_eu", "", layout=["--chinese"], setup=e2e.SCENARIOS["day_first_prefix"].setup)
-        for scenario in (load_run_bench().happy_layout(), e2e.SCENARIOS["relative_link"], chinese_eu):
+        for scenario in (runpy.run_path(RUN_BENCH)["happy_layout"](), e2e.SCENARIOS["relative_link"], chinese_eu):
             with self.subTest(scenario.name):
                 self.assertEqual(self.outcome(scenario, use_script=False), self.outcome(scenario, use_script=True))
 

@@ -1,7 +1,5 @@
-// Any file read line by line with a buffer length taken from the input: reading must end, and
-// every line must fit the buffer and hold no line end.
-//
-// Input: one byte for the buffer length (0 means the settings files' 1000), then the file.
+// Any file read line by line: reading ends, every line fits the buffer and holds no line end.
+// Input: one byte for the buffer length (0: the settings files' 1000), then the file.
 
 #include "foundation/TextFile.h"
 #include "fuzz/FuzzSupport.h"

@@ -1,7 +1,6 @@
 #pragma once
-// Views that exist only in the test programs of the application shell, registered the way the
-// program's own view is (a process-static view item). Each writes down what reaches it, when and
-// on which thread.
+// Test views, registered as the program's own (a process-static view item), each writing down
+// what reaches it, when and on which thread.
 
 #include <chrono>
 #include <cstdint>
@@ -29,9 +28,6 @@ void ClearViewEntries();
 inline CInstrumentViewManager& Manager() {
     return *CSingleton<CInstrumentViewManager>::GetInstance();
 }
-
-// Runs once at process exit, after the view manager has been destroyed (null: nothing).
-extern void (*g_afterViewManagerAtExit)();
 
 template <int Number>
 class TJournalView : public CInstrumentViewBase<TJournalView<Number>> {

@@ -8,17 +8,8 @@ namespace vtxtest {
 namespace {
 std::mutex g_mutex;
 std::vector<SViewEntry> g_entries;
-
-// Built before the view items below register, so that the view manager, which comes into being
-// with the first registration, is destroyed before this at exit.
-struct CAfterViewManagerAtExit {
-    ~CAfterViewManagerAtExit() {
-        if (g_afterViewManagerAtExit) g_afterViewManagerAtExit();
-    }
-} s_afterViewManagerAtExit;
 }  // namespace
 
-void (*g_afterViewManagerAtExit)() = nullptr;
 TInstrumentViewItem<CFirstTestView> g_firstTestViewItem;
 TInstrumentViewItem<CSecondTestView> g_secondTestViewItem;
 

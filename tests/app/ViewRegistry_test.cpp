@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
-
 namespace {
 
 using namespace vtxtest;
@@ -50,27 +47,6 @@ TEST_F(ViewRegistry, CreatesEachRegisteredViewOnceAndDestroysOnlyWhatExists) {
     Manager().DestroyAllViews();
     EXPECT_EQ(Recorded(), (Journal{{1, "create"}, {2, "create"}, {1, "destroy"}, {2, "destroy"}}));
     EXPECT_EQ(Manager().GetCreators().size(), 2u);  // the third one left with its item
-}
-
-void BuildItemAfterTheManagerIsGone() {
-    TInstrumentViewItem<CFirstTestView> late;
-    late.Create(CInstrumentViewCreatorNeeds{});
-    const bool built = late.GetView() != nullptr;
-    late.Destroy();
-    std::fprintf(stderr, "manager gone=%d creator=%d destroyer=%d built=%d\n",
-                 static_cast<int>(CSingleton<CInstrumentViewManager>::IsDestroyed()),
-                 static_cast<int>(late.IsCreatorRegistered()), static_cast<int>(late.IsDestroyerRegistered()),
-                 static_cast<int>(built));
-}
-
-TEST(ViewRegistryDeathTest, ItemBuiltAfterTheManagerWasDestroyedRegistersNothing) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(
-        {
-            g_afterViewManagerAtExit = &BuildItemAfterTheManagerIsGone;
-            std::exit(0);
-        },
-        ::testing::ExitedWithCode(0), "manager gone=1 creator=0 destroyer=0 built=1");
 }
 
 TEST_F(ViewRegistry, SwitchHidesTheOldViewThenWaitsThenShowsTheTarget) {

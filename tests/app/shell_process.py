@@ -2,7 +2,7 @@
 """The application shell as a process (tests/app/ShellProbe.cpp, and the delivered program) on an
 instrument without quality-control file and settings, in the sandbox on a private Xvfb display.
 
-    shell_process.py --probe PROBE [--program UPDATE] startup|command_line
+    shell_process.py --probe PROBE [--program UPDATE]
 """
 
 import argparse
@@ -21,16 +21,6 @@ QC_LINE = "Error [Instrument View] Could not find read QC file!"
 SETTINGS_LINE = "Error [Instrument View] Could not load settings!"
 BORDER_MASK, BORDER_NONE = 0x1F200000, 0x00200000
 DECORATIONS = 0x20000000 | 0x0040 | 0x0800 | 0x0400 | 0x0200 | 0x1000  # caption, resize border, menu, boxes
-
-# What a real process adds to the unit tables of splitting and number reading: the arguments come
-# as bytes, through the locale, past the toolkit's own options. (arguments, locale, special command)
-UTF8 = {"LC_ALL": "C.UTF-8"}
-COMMAND_LINES = [
-    (["1", "7", "\u00e9"], {"LC_ALL": "C"}, 0),  # not ASCII under the C locale: still a parameter
-    ([b"1", b"7", b"\xff"], UTF8, 0),  # not UTF-8 under a UTF-8 locale: still a parameter
-    ([b"1", b"7\xff"], UTF8, 7),
-    (["--name=vtx", "1", "--class=Vtx", "7"], UTF8, 7),  # the toolkit's own options are no parameters
-]
 
 failures = []
 
@@ -134,21 +124,11 @@ def start_up(probe, program):
         check_shell_ended("program stopped by SIGTERM", p, p.finish(stop=True))
 
 
-def command_line(probe):
-    for n, (args, locale, special) in enumerate(COMMAND_LINES):
-        p = Process(probe, args, "args%d" % n, VTX_PROBE_CLOSE_AFTER="1", **locale)
-        got = fields(p.line(r"^probe: activated")).get("special")
-        rc = p.finish(timeout=20)
-        check(got == str(special) and rc == 0, "arguments %r: special command %s (expected %d), exit status %s"
-              % (args, got, special, rc))
-
-
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--probe", required=True)
     parser.add_argument("--program")
     parser.add_argument("--inside", action="store_true")
-    parser.add_argument("group", choices=["startup", "command_line"])
     a = parser.parse_args()
     probe, program = os.path.abspath(a.probe), a.program and os.path.abspath(a.program)
     if a.inside:
@@ -158,14 +138,14 @@ def main():
         os.environ["HOME"] = "/home/vtx"
         for name in ("FactoryQC.vtx", "settings.vtx", "settings.lmo", "factory.lmo"):
             Path("/home/vtx/Code", name).unlink(missing_ok=True)  # in the overlay: none of the host's shows through
-        start_up(probe, program) if a.group == "startup" else command_line(probe)
+        start_up(probe, program)
         sys.exit(1 if failures else 0)
     status = 0
-    for screen in ["1024x768x24", "800x600x24"] if a.group == "startup" else ["1024x768x24"]:
-        print("--- %s on a %s display" % (a.group, screen), flush=True)
+    for screen in ["1024x768x24", "800x600x24"]:
+        print("--- start-up on a %s display" % screen, flush=True)
         cmd = [os.path.join(REPO, "tools", "instrument-sandbox"), "--bare", "--timeout", "240", "--",
                os.path.join(REPO, "tools", "with-xvfb"), sys.executable, os.path.abspath(__file__), "--inside",
-               "--probe", probe] + (["--program", program] if program else []) + [a.group]
+               "--probe", probe] + (["--program", program] if program else [])
         status = subprocess.run(cmd, env=dict(os.environ, VTX_SCREEN=screen)).returncode or status
     sys.exit(status)
 

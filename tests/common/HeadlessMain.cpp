@@ -1,6 +1,5 @@
-// Main of the headless test binaries: the toolkit's base library only, its log on stderr. Built
-// with VTX_SANDBOX_ONLY for the sandbox test binaries, which refuse before any test has run when
-// the instrument's paths are not the sandbox's.
+// Main of the headless test binaries (the toolkit's base library, its log on stderr); with
+// VTX_SANDBOX_ONLY it refuses before any test unless the instrument's paths are the sandbox's.
 #include <gtest/gtest.h>
 #include <wx/init.h>
 #include <wx/log.h>

@@ -1,7 +1,6 @@
 #pragma once
-// The sandbox test binaries delete and rewrite files at the instrument's fixed paths. On a real
-// instrument those hold its settings and factory values, so they run only where those paths are
-// the instrument sandbox's own (tools/instrument-sandbox).
+// The sandbox test binaries rewrite the instrument's fixed paths (on an instrument: its settings and
+// factory values), so they run only where those are tools/instrument-sandbox's own.
 
 #include <string>
 

@@ -25,8 +25,7 @@ def old_build(data):
 add("disk_full_auxiliary", "the code folder is too small for the auxiliary file",
     outcome("Could not copy file(s): auxillary files", ["P could not copy auxillary files"], FRESH),
     setup=put("/media/usb/update/zip", big(2 << 20, b"zip")), inside="small_disk /home/vtx/Code 1m\n")
-# After the backup about 260 KiB are free: room for the new build's growth (100 KiB), not for a
-# whole second copy beside the old build (700 KiB).
+# After the backup ~260 KiB are free: room for the growth (100 KiB), not a second copy (700 KiB).
 add("disk_full_install", "the code folder has room for the new build's growth only: the old build stays whole",
     outcome("Disk error... (06)", CURRENT + BACKED, BACKED_UP), inside="small_disk /home/vtx/Code 2200k\n",
     setup=both(old_build(big(600 << 10, b"old")), put("/home/vtx/Code/NEW/Application", big(700 << 10, b"new"))))
@@ -54,16 +53,14 @@ add("partial_copies_left", "partial copies of an earlier power cut in every fold
 
 # ---- the stick pulled out, the log growing
 
-# Without the stick there is no auxiliary file and no font package; the log copy lands in the
-# empty mount point, as it would on the instrument.
+# Without the stick: no auxiliary file, no fonts; the log copy lands in the empty mount point.
 add("stick_removed", "the stick is pulled out while the first status is shown",
     outcome(SUCCESS, DONE_LOG, DONE, also=["/media/usb/update/zip", "/media/usb/jfonts.tgz"]), setup=EXTRAS,
     inside="_onto_tmpfs /media/usb 64m\n" + once_shown("Copying files", "umount -l /media/usb"))
 
-# Another writer appends until the reboot is asked for, then one line more; it holds the sandbox's
-# output open, so the run has waited for it. Our lines must be whole and in order among its lines,
-# and the stick's copy a beginning of the log that holds all of them, whatever the other writer
-# added before the copy (the end of a line of its own at most cut short).
+# Another writer appends until the reboot request and one line more (holding the sandbox's output
+# open, so the run waits for it). Our lines are whole and in order among its lines; the stick holds
+# a beginning of the log with all of ours (at most the end of one of its lines cut short).
 GROWER = r"""( i=0; while [ $i -lt 600 ]; do [ -e "$ROOT/record/reboot" ] && last=1
   printf 'other writer %d\r\n' $i >> /home/vtx/Code/instrument.log; i=$((i+1))
   [ -n "${last:-}" ] && break; sleep 0.1; done; echo done > "$ROOT/record/grown.done" ) &
@@ -90,8 +87,7 @@ add("log_grows", "another process appends to the log during the update",
 
 # ---- a hostile log name, broken font packages, the privileged tool gone
 
-# A file name cannot hold "/": the command "cd"s to the home folder first (HOME is /home/vtx, as
-# for the instrument's user); a mark left there would show as a changed file.
+# A name cannot hold "/": the command "cd"s home (/home/vtx), where a mark would show as a change.
 HOSTILE = 'x" ; cd ; touch pwned ; ".log'
 
 
@@ -103,8 +99,7 @@ def hostile_log_copied(run):
 add("hostile_log_name_quote", "the newest log is named %r" % HOSTILE,
     outcome(SUCCESS, [], INSTALLED, also=["/home/vtx/Code/" + HOSTILE, "/media/usb/" + HOSTILE],
             more=hostile_log_copied), setup=put("/home/vtx/Code/" + HOSTILE, b"hostile log\r\n"))
-# tar keeps members inside the folder it unpacks into and complains on its error output, which is
-# not read: the font folder is there, and the update goes on.
+# tar keeps members inside its folder and complains on its error output, which is not read.
 for name, doc, members, also in [
         ("absolute_path", "a member with an absolute path", [("/home/vtx/Code/Application", b"evil")],
          ["/home/vtx/home/"]),

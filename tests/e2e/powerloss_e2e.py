@@ -1,8 +1,6 @@
-"""Power cuts: the program is killed at each step of a full update (auxiliary file, font package;
-the operating-system update with a wrong runtime link), and what it leaves is checked against the
-table that docs/power-loss.md publishes for service engineers (`powerloss_e2e.py --table` prints it).
-Killing loses nothing written: the powerloss_everywhere runs cut at every operation on disks that
-lose what was not flushed, and check every crash state against the table's promises."""
+"""Power cuts at each step of a full update (with the operating-system update), checked against the
+table of docs/power-loss.md (`powerloss_e2e.py --table` prints it); the powerloss_everywhere runs cut
+at every operation on disks that lose what was not flushed and check every crash state."""
 
 import os
 import sys
@@ -11,8 +9,7 @@ import update_e2e as e2e
 from update_e2e import (APPLICATION, BACKUP, DONE, FRESH, LOG, OS_COMMANDS, PARTIAL, RUNTIME_ON_STICK, SUCCESS, add,
                         appended_lines, both, check, files_as, once_shown, outcome, package, put)
 
-# A stand-in for a command the procedure runs: at its Nth call it cuts the power (kills the
-# program) before, halfway through or right after doing its work.
+# A stand-in for a command: its Nth call kills the program before, halfway through or after its work.
 CUT = r"""n=$(( $(cat "$ROOT/record/{tool}.count" 2>/dev/null || echo 0) + 1 )); echo $n > "$ROOT/record/{tool}.count"
 [ $n -ne {nth} ] && exec {real} "$@"
 case {mode} in

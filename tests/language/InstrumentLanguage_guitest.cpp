@@ -16,9 +16,8 @@
 
 namespace {
 
-// How many characters of text neither the font nor any fallback has a glyph for (they would show
-// as boxes), -1 when that cannot be asked. Pango comes with the toolkit; its functions are looked up
-// at run time so that the test needs none of its headers.
+// Characters of text that neither the font nor a fallback has a glyph for (boxes), -1 when that
+// cannot be asked; Pango's functions are looked up at run time, so no headers of it are needed.
 int MissingGlyphs(const wxFont& font, const std::string& text) {
     using P = void*;
     const auto fn = [](const char* name) { return dlsym(RTLD_DEFAULT, name); };

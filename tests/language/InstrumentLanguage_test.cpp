@@ -82,8 +82,8 @@ TEST(InstrumentLanguageLookup, IdsAndLanguagesOfEveryRange) {
     SetSettingLanguage(saved);
 }
 
-// The lookup copies the instrument type once per process, so each type runs in a child, which
-// exits with the number of rows of its table that do not hold.
+// The lookup copies the instrument type once per process: each type in a child, exiting with the
+// number of its rows that do not hold.
 TEST(InstrumentLanguageLookup, PellamAndTandemInstruments) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const std::string service = "If the problem persists contact Pellam Technical Service";

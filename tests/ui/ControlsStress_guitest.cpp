@@ -1,6 +1,5 @@
-// The controls' setters that other threads call: a worker drives the status line and the progress
-// bar as fast as it can while the GUI thread keeps repainting them. No crash, no torn text, no data
-// race under ThreadSanitizer, and the last values are the ones shown.
+// A worker sets the status line and the bar as fast as it can while the GUI thread repaints them:
+// no crash, no torn text, no data race under ThreadSanitizer, and the last values shown.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -42,8 +41,7 @@ TEST(ControlsStress, WorkerSetsWhileTheGuiThreadPaints) {
     auto* field = new CCheckingField(frame, wxID_ANY, CRect(20, 300, 760, 110));
     auto* bar = new CInstrumentProgressBase(frame, wxID_ANY, CRect(100, 200, 600, 56));
 
-    // The race is between painting and setting: the field must be on screen before the worker
-    // starts, or a fast worker (or a slow display) ends before anything was painted.
+    // On screen before the worker starts, or a fast worker ends before anything was painted.
     ASSERT_TRUE(vtxtest::WaitFor([&] {
         field->Refresh(false);
         return field->paints > 0;

@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-#include <wx/debug.h>
-
 #include "foundation/common/InstrumentCommonData.h"
 #include "tests/ui/UiTestSupport.h"
 #include "ui/ImageResources.h"
@@ -39,19 +37,6 @@ TEST(ColorRectGradient, RowsStepFromTheStartColourTruncatingTowardZero) {
         EXPECT_TRUE(canvas.All(0, 0, 4, 1, kUntouched) && canvas.All(0, height + 1, 4, 1, kUntouched) &&
                     canvas.All(0, 1, 1, height, kUntouched) && canvas.All(3, 1, 1, height, kUntouched));
     }
-}
-
-TEST(ColorRectGradient, TheDiagonalShowsItsStartColourAndReportsWhereItStops) {
-    static std::string reported;
-    const wxAssertHandler_t previous = wxSetAssertHandler(
-        [](const wxString& file, int line, const wxString& function, const wxString& condition, const wxString&) {
-            reported = wxString::Format("%s:%d %s %s", file, line, function, condition).utf8_string();
-        });
-    CCanvas canvas(4, 4);
-    CColorRectGradient(eGradientDiagonal, 0x112233, 0xffffff).PaintDcRect(CRect(0, 0, 4, 4), canvas.Dc());
-    wxSetAssertHandler(previous);
-    EXPECT_EQ(reported, "VisualComponents:123 PaintDcRect 0");
-    EXPECT_TRUE(canvas.All(0, 0, 4, 4, {0x33, 0x22, 0x11}));
 }
 
 TEST(KorvalinBackGround, MintWithLighterEllipsesForTheKorvalinOnlyAndInsideItsRectangle) {

@@ -1,5 +1,4 @@
-// Pure parts of the update procedure: the texts service engineers read. The progress bar is the
-// end-to-end runs' (empty during the operating-system update, full at the end).
+// Pure parts of the update procedure (the progress bar and the rest are the end-to-end runs').
 #include "update/Update.h"
 
 #include <gtest/gtest.h>
@@ -8,8 +7,7 @@
 
 namespace {
 
-// The plain stamp and the log's place on the stick are in every end-to-end run, and the place is
-// fuzz_stick_log_path's oracle for any path; here the stamps near the ends of a 32-bit time_t.
+// The plain stamp is in every end-to-end run; here the stamps near the ends of a 32-bit time_t.
 TEST(UpdateThread, StampsNearTheEndsOfA32BitTimeAndAMissingProcedure) {
     // Local time, a day inside the range in any time zone.
     for (const char* stamp : {"18012038_1412", "15121901_1412"}) {

@@ -1,5 +1,4 @@
-// Inside the instrument sandbox, whose stand-ins of the instrument's tools record their arguments
-// under $ROOT/record; stand-ins of the system's tools come first on PATH.
+// In the sandbox, whose stand-ins of the instrument's tools record their arguments in $ROOT/record.
 #include "update/os/ComputerControl.h"
 
 #include "tests/common/TestFiles.h"
