@@ -38,6 +38,23 @@ TEST(ComputerControlFiles, CopyTakesShellCharactersInNamesAsJustCharacters) {
     EXPECT_FALSE(Exists(folder / "never"));
 }
 
+// What the end-to-end runs never lay out: a link or a folder in the destination's place.
+TEST(ComputerControlFiles, CopyGoesThroughALinkIntoAFolderAndFailsWithoutATrace) {
+    CTestFolder folder;
+    ASSERT_TRUE(WriteFile(folder / "new", "new") && WriteFile(folder / "target", "old"));
+    ASSERT_EQ(symlink("target", (folder / "link").c_str()), 0);
+    ASSERT_EQ(mkdir((folder / "into").c_str(), 0777), 0);
+    EXPECT_TRUE(CopyFile(folder / "new", folder / "link"));  // through the link, as cp writes
+    EXPECT_EQ(ReadFile(folder / "target"), "new");
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
+    EXPECT_TRUE(CopyFile(folder / "new", folder / "into"));  // a folder takes the source's name
+    EXPECT_EQ(ReadFile(folder / "into/new"), "new");
+    EXPECT_FALSE(CopyFile(folder / "into", folder / "target"));
+    EXPECT_FALSE(CopyFile(folder / "missing", folder / "target"));
+    EXPECT_EQ(ReadFile(folder / "target"), "new");
+    EXPECT_FALSE(Exists(folder / kPartialCopyName));
+}
+
 TEST(ComputerControlFiles, RemoveFolderTreeRemovesWhatItMatchesAndFollowsNoLink) {
     CTestFolder folder;
     const std::string outside = folder / "outside", tree = folder / "NEW";
