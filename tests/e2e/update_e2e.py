@@ -20,7 +20,8 @@ BACKUP = "/home/vtx/Code/Old/Application_05032019_1412"  # from the layout's tim
 RUNTIME_LINK = "/mnt/root-ro/usr/lib/i386-linux-gnu/libstdc++.so.6"
 PARTIAL = ".vtx-partial-copy"
 # The instrument's 32-bit PC: its runtime is behind the checked link; a date after 2038 does not fit.
-I386 = platform.machine() in ("i386", "i686")
+# The architecture the program is built for: a cross build lists its scenarios on the build machine.
+I386 = os.environ.get("VTX_E2E_ARCH", platform.machine()) in ("i386", "i686")
 COPY_FOLDERS = ("/home/vtx/Code/", "/home/vtx/Code/Old/", "/home/vtx/", "/media/usb/")
 SUCCESS = "Upgrade successful...\nRestarting application"
 OS_COMMANDS = [
