@@ -26,7 +26,7 @@ deps:
 	if [ -n "$$missing" ]; then \
 	  echo "Installing:" $$missing; \
 	  $(SUDO) apt-get update -qq && \
-	  DEBIAN_FRONTEND=noninteractive $(SUDO) apt-get install -y -qq --no-install-recommends $$missing; \
+	  DEBIAN_FRONTEND=noninteractive $(SUDO) apt-get install -y -qq --no-install-recommends $(APT_OPTIONS) $$missing; \
 	fi
 
 $(BUILD)/build.ninja:
@@ -99,11 +99,16 @@ I386_ROOT ?= /var/cache/vtx-i386/root
 IN_I386   := $(SUDO) env VTX_I386_ROOT=$(I386_ROOT) tools/i386-root --
 # On this machine: the cross compiler, the root's maker, and the emulator for kernels that need it.
 I386_HOST_PACKAGES := g++-i686-linux-gnu debootstrap qemu-user-static
+# The cross binutils would put their linker scripts and plugin under /usr/lib/i386-linux-gnu, one of
+# the instrument's fixed paths, which must not exist on a build machine; the linker carries its
+# scripts built in and needs neither.
+I386_HOST_APT := -o Dpkg::Options::=--path-exclude=/usr/lib/i386-linux-gnu \
+                 -o 'Dpkg::Options::=--path-exclude=/usr/lib/i386-linux-gnu/*'
 # In the root: what the build links against and what the tests run; no compiler.
 I386_ROOT_PACKAGES := $(filter-out build-essential ninja-build clang libclang-rt-dev gcovr git clang-tidy cppcheck,$(PACKAGES)) cmake binutils
 
 i386-root:
-	@$(MAKE) --no-print-directory deps PACKAGES="$(I386_HOST_PACKAGES)"
+	@$(MAKE) --no-print-directory deps PACKAGES="$(I386_HOST_PACKAGES)" APT_OPTIONS="$(I386_HOST_APT)"
 	$(IN_I386) make --no-print-directory deps PACKAGES="$(I386_ROOT_PACKAGES)"
 
 build-i386: i386-root
