@@ -12,7 +12,7 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
             libwxgtk3.2-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev \
             xvfb xauth x11-apps x11-utils imagemagick util-linux \
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
-            clang libclang-rt-dev gcovr python3-fusepy file git patchelf
+            clang libclang-rt-dev gcovr python3-fusepy file git patchelf zlib1g-dev
 PACKAGES += clang-tidy cppcheck
 
 .PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update \

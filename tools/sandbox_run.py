@@ -7,6 +7,7 @@ import hashlib
 import io
 import os
 import re
+import struct
 import subprocess
 import tarfile
 from pathlib import Path
@@ -176,6 +177,23 @@ def both(*steps):
         for step in steps:
             step(run)
     return setup
+
+
+def runtime_library(soname=b"libstdc++.so.6", elfclass=1, machine=3, etype=3):
+    """The smallest ELF shared object the update accepts as the runtime (32-bit x86, that SONAME):
+    a header and three sections (none, .dynstr, .dynamic); 64-bit with elfclass 2."""
+    wide = elfclass == 2
+    strings = b"\0" + soname + b"\0"
+    dynamic = struct.pack("<qQqQ" if wide else "<iIiI", 14, 1, 0, 0)  # DT_SONAME at 1, DT_NULL
+    ehsize, shsize = (64, 64) if wide else (52, 40)
+    shoff = ehsize + len(strings) + len(dynamic)
+    head = b"\x7fELF" + bytes([elfclass, 1, 1]) + bytes(9)
+    head += struct.pack("<HHIQQQIHHHHHH" if wide else "<HHIIIIIHHHHHH", etype, machine, 1, 0, 0, shoff, 0, ehsize,
+                        0, 0, shsize, 3, 0)
+    section = "<IIQQQQIIQQ" if wide else "<IIIIIIIIII"
+    sections = bytes(shsize) + struct.pack(section, 0, 3, 0, 0, ehsize, len(strings), 0, 0, 1, 0)
+    sections += struct.pack(section, 0, 6, 0, 0, ehsize + len(strings), len(dynamic), 1, 0, 4, len(dynamic) // 2)
+    return head + strings + dynamic + sections
 
 
 def package(*members):

@@ -132,13 +132,18 @@ def row_of(status, path=SHEET):
                 None)
 
 
+def line_pattern(line):
+    """A log line of the sheet as a pattern: "<cause>" stands for the reason the program gives."""
+    return re.compile(".+".join(re.escape(x) for x in line.split("<cause>")))
+
+
 def fail_line(line, path=SHEET):
     """(cause, remedy) of a log's "FAIL - " line from the sheet's table of them; None if not there."""
     with open(path, encoding="utf-8") as f:
         table = f.read().split("\n## The `FAIL -` lines", 1)[1].split("\n## ", 1)[0]
     for row in table.splitlines():
         cells = [c.strip() for c in row.strip().strip("|").split(" | ")]
-        if len(cells) == 3 and cells[0] == line.strip():
+        if len(cells) == 3 and line_pattern(cells[0].strip("`")).fullmatch(line.strip()):
             return cells[1], cells[2]
     return None
 

@@ -1,9 +1,12 @@
 #include "update/Update.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <thread>
 
@@ -12,6 +15,8 @@
 #include "language/InstrumentLanguage.h"
 #include "update/os/ComputerControl.h"
 #include "update/os/FileInfo.h"
+#include "update/os/FontPackage.h"
+#include "update/os/InputChecks.h"
 #include "update/os/ShellCommands.h"
 #include "update/ConsoleLines.h"
 #include "update/locations/InstrumentLocations.h"
@@ -110,6 +115,10 @@ void CUpdateProcedure::WriteLine(const std::string& line) { m_logWriter.WriteLin
 
 void CUpdateProcedure::WritePrefixedLine(const std::string& text) { m_logWriter.WriteLine(m_logPrefix + text); }
 
+void CUpdateProcedure::SayWhy(const std::string& what, const std::string& cause) {
+    m_log.LogEvent(what + ": " + cause);
+}
+
 void CUpdateProcedure::Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(m_pauseMs)); }
 
 bool CUpdateProcedure::RunPrivileged(const std::string& command) {
@@ -151,9 +160,14 @@ bool CUpdateProcedure::OpenUpdateLog() {
         ShowCode(eCodeLogScan);
         return false;
     }
-    size_t newest = 0;
-    for (size_t i = 1; i < logs.Count(); ++i) {
-        if (logs.GetLastWriteTime(i).IsLaterThan(logs.GetLastWriteTime(newest))) newest = i;
+    size_t newest = logs.Count();
+    for (size_t i = 0; i < logs.Count(); ++i) {
+        if (!IsUpdateLogCandidate(logs.GetPath(i))) continue;
+        if (newest == logs.Count() || logs.GetLastWriteTime(i).IsLaterThan(logs.GetLastWriteTime(newest))) newest = i;
+    }
+    if (newest == logs.Count()) {
+        ShowCode(eCodeNoLogFile, folder);
+        return false;
     }
     m_logPath = logs.GetPath(newest);
     if (!m_logWriter.Open(m_logPath, true)) {
@@ -161,6 +175,23 @@ bool CUpdateProcedure::OpenUpdateLog() {
         return false;
     }
     m_logPrefix = CInstrumentTime::Now().FormatDateTime(GetSettingDateFormat() == eDateFormatEU);
+    return true;
+}
+
+bool CUpdateProcedure::IsUpdateLogCandidate(const std::string& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return true;
+    // The log is the code folder's own trace: a link out of it would have every update append to,
+    // and copy to the stick, a file of somebody else's. A link into the folder that leads nowhere
+    // is still a log: opened for appending, it is made.
+    if (!LiesInside(path, GetApplicationFolder())) {
+        SayWhy("not taken as the update log", path + " leads out of " + GetApplicationFolder());
+        return false;
+    }
+    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        SayWhy("not taken as the update log", path + " leads to something that is not a regular file");
+        return false;
+    }
     return true;
 }
 
@@ -176,7 +207,9 @@ bool CUpdateProcedure::CopyAuxiliaryFiles() {
         WritePrefixedLine(" zip already copied");
         return true;
     }
-    if (!CopyFile(onStick, onInstrument)) {
+    std::string cause;
+    if (!IsReadableInput(onStick, GetUsbMountPoint(), cause) || !CopyFile(onStick, onInstrument, &cause)) {
+        SayWhy("auxiliary file not copied", cause);
         // "auxillary" is how service staff have always searched the logs for this step.
         ShowStatus(GetText(eTextCouldNotCopy) + ": auxillary files");
         WritePrefixedLine(" could not copy auxillary files");
@@ -211,7 +244,7 @@ bool CUpdateProcedure::IsSystemLibraryCurrent() {
 }
 
 bool CUpdateProcedure::UpdateOperatingSystem() {
-    auto fail = [this](const char* line) {
+    auto fail = [this](const std::string& line) {
         WriteLine(line);
         ShowCode(eCodeOperatingSystem);
         return false;
@@ -219,6 +252,13 @@ bool CUpdateProcedure::UpdateOperatingSystem() {
     WriteLine("version incorrect - updating OS");
     const std::string replacement = JoinPath(GetUsbUpdateFolder(), GetRuntimeLibraryName());
     if (!FileExists(replacement)) return fail("FAIL - no prerequisites on USB");
+    // Root makes this file the runtime of every C++ program of the instrument from the next boot
+    // on: anything but the library itself would leave an instrument that starts nothing.
+    std::string cause;
+    if (!IsRuntimeLibrary(replacement, GetRuntimeLibraryLinkName(), cause)) {
+        SayWhy("runtime not installed", replacement + ": " + cause);
+        return fail("FAIL - runtime on USB refused: " + cause);
+    }
     WriteLine("prerequisites exists on USB");
     if (!FileExists(GetPrivilegedTool())) return fail("FAIL - no prerequisites on disk");
     WriteLine("prerequisites exists on disk");
@@ -250,7 +290,9 @@ bool CUpdateProcedure::BackUpOldVersion() {
     // Named after the application, with the time it was last written.
     const std::string backup =
         JoinPath(backupFolder, GetInstrumentApplicationFileName() + "_" + FormatBackupTimeStamp(modified));
-    if (!CopyFile(application, backup)) {
+    std::string cause;
+    if (!CopyFile(application, backup, &cause)) {
+        SayWhy("no backup made", cause);
         ShowCode(eCodeBackupCopy);
         return false;
     }
@@ -262,12 +304,21 @@ bool CUpdateProcedure::InstallNewVersion() {
     const bool chinese = FileExists(GetChineseVariantMarker());
     const std::string fileName = chinese ? GetChineseApplicationFileName() : GetInstrumentApplicationFileName();
     const std::string newBuild = JoinPath(GetNewBuildFolder(), fileName);
+    // Judged before the library check reads it: a FIFO there would hold the update for ever. A
+    // build that is not there at all goes the way it always went.
+    std::string cause;
+    if (!IsAbsent(newBuild) && !IsReadableInput(newBuild, GetNewBuildFolder(), cause)) {
+        SayWhy("new build not installed", newBuild + ": " + cause);
+        ShowCode(eCodeInstallCopy);
+        return false;
+    }
     // The check's sense is inverted and stays so: a zero exit status stops the installation.
     if (RunShellCommand(NS_ShellCommand::LibraryCheck(newBuild)) == 0) {
         ShowCode(chinese ? eCodeLibraryCheckChinese : eCodeLibraryCheckStandard);
         return false;
     }
-    if (!CopyFile(newBuild, GetApplicationFile())) {
+    if (!CopyFile(newBuild, GetApplicationFile(), &cause)) {
+        SayWhy("new build not installed", cause);
         ShowCode(eCodeInstallCopy);
         return false;
     }
@@ -286,20 +337,40 @@ bool CUpdateProcedure::InstallFontPackage() {
     if (!FileExists(package)) return true;
     if (FileExists(JoinPath(home, GetFontPackageFileName()))) return true;
     WritePrefixedLine(" Copying " + package + " to " + home);
-    if (!CopyFile(package, home)) {
+    std::string cause;
+    if (!IsReadableInput(package, GetUsbMountPoint(), cause) || !CopyFile(package, home, &cause)) {
+        SayWhy("font package not copied", cause);
         ShowStatus(GetText(eTextCouldNotCopy) + ": font package");
         WritePrefixedLine(" could not copy font package");
         return false;
     }
+    // tar writes into the home folder, beside the code folder: the whole package is judged before
+    // any of it is unpacked. A package refused does not stay, or the next update would take the
+    // fonts for installed.
+    const std::string copied = JoinPath(home, GetFontPackageFileName());
+    if (!IsUnpackableFontPackage(copied, GetFontFolderName(), AvailableBytes(home), cause))
+        return FontPackageRefused(copied, cause);
     bool opened = false;
-    const std::string printed = RunCommandOutput(NS_ShellCommand::UnpackFontPackage(home, GetFontPackageFileName()), opened);
+    int status = -1;
+    const std::string printed =
+        RunCommandOutput(NS_ShellCommand::UnpackFontPackage(home, GetFontPackageFileName()), opened, status);
     if (!opened || !printed.empty()) {
         ShowStatus(GetText(eTextCouldNotCopy) + ": " + printed);
         WritePrefixedLine(" Unpack error : " + printed);
         return false;
     }
+    if (status != 0) return FontPackageRefused(copied, "tar ended with status " + std::to_string(status));
     if (FileExists(GetFontFolder())) return true;
     ShowStatus(GetText(eTextCouldNotCopy) + ": font package unpack");
+    WritePrefixedLine(" could not unpack font package");
+    return false;
+}
+
+bool CUpdateProcedure::FontPackageRefused(const std::string& copied, const std::string& cause) {
+    SayWhy("font package not unpacked", cause);
+    if (unlink(copied.c_str()) != 0) SayWhy("font package left in place", copied + ": " + std::strerror(errno));
+    ShowStatus(GetText(eTextCouldNotCopy) + ": font package unpack");
+    WritePrefixedLine(" font package refused: " + cause);
     WritePrefixedLine(" could not unpack font package");
     return false;
 }
@@ -319,7 +390,17 @@ bool CUpdateProcedure::FinishUpdateLog() {
         ShowCode(eCodeLogPathNoSeparator);
         return false;
     }
-    if (!CopyFile(m_logPath, onStick)) {
+    // A log whose name holds a backslash would otherwise land beside the stick, not on it.
+    const std::string stick = GetUsbMountPoint() + GetPathSeparator();
+    if (onStick.compare(0, stick.size(), stick) != 0) {
+        SayWhy("log not copied", onStick + " lies outside " + stick);
+        ShowCode(eCodeLogCopy);
+        return false;
+    }
+    // The stick is the visitor's: a link there is replaced, never written through.
+    std::string cause;
+    if (!CopyFile(m_logPath, onStick, &cause, eCopyDestination::ReplaceLink)) {
+        SayWhy("log not copied", cause);
         ShowCode(eCodeLogCopy);
         return false;
     }

@@ -110,6 +110,11 @@ private:
     void WriteLine(const std::string& line);
     void WritePrefixedLine(const std::string& text);
     void Pause();
+    // The console line that says why a step refused its input or failed: the screen shows only
+    // the step's text or code.
+    void SayWhy(const std::string& what, const std::string& cause);
+    bool IsUpdateLogCandidate(const std::string& path);
+    bool FontPackageRefused(const std::string& copied, const std::string& cause);
     bool RunPrivileged(const std::string& command);
 
     std::mutex m_screenMutex;

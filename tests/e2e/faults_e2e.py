@@ -1,5 +1,5 @@
 """Injected faults: full and read-only disks, a stick pulled out, a log growing, a hostile log name,
-broken font packages, a missing privileged tool, a running application, earlier partial copies."""
+a missing privileged tool, a running application, earlier partial copies."""
 
 import hashlib
 import os
@@ -8,7 +8,7 @@ import time
 
 from update_e2e import (APPLICATION, BACKED, BACKED_UP, COPY_FOLDERS, CURRENT, DONE, DONE_LOG, EXTRAS, EXTRAS_LOG,
                         FONT_HEAD, FRESH, INSTALLED, LOG, OS_UPDATE, PARTIAL, RUNTIME_ON_STICK, SUCCESS, WITH_EXTRAS,
-                        add, appended_lines, both, check, gone, log_is, matches, once_shown, outcome, package, put)
+                        add, appended_lines, both, check, gone, log_is, matches, once_shown, outcome, put)
 
 
 def big(size, seed):
@@ -99,20 +99,6 @@ def hostile_log_copied(run):
 add("hostile_log_name_quote", "the newest log is named %r" % HOSTILE,
     outcome(SUCCESS, [], INSTALLED, also=["/home/vtx/Code/" + HOSTILE, "/media/usb/" + HOSTILE],
             more=hostile_log_copied), setup=put("/home/vtx/Code/" + HOSTILE, b"hostile log\r\n"))
-# tar keeps members inside its folder and complains on its error output, which is not read.
-for name, doc, members, also in [
-        ("absolute_path", "a member with an absolute path", [("/home/vtx/Code/Application", b"evil")],
-         ["/home/vtx/home/"]),
-        ("dot_dot", "a member climbing out with ..", [("jfonts/../../vtx/Code/Application", b"evil")], []),
-        ("symlink_out", "a symlink out of the home folder, then a file through it",
-         [("jfonts/code", "/home/vtx/Code"), ("jfonts/code/Application", b"evil")], [])]:
-    add("font_package_" + name, "a font package with " + doc,
-        outcome(SUCCESS, FONT_HEAD + ["P Application started"], dict(DONE, fonts="unpacked"), also=also),
-        setup=put("/media/usb/jfonts.tgz", package(("jfonts/ok.ttf", b"f"), *members)))
-add("font_package_corrupt", "the font package is not a whole gzip archive",
-    outcome("Could not copy file(s): font package unpack", FONT_HEAD + ["P could not unpack font package"],
-            dict(INSTALLED, fonts="complete")), setup=put("/media/usb/jfonts.tgz", b"\x1f\x8b\x08\x00 truncated"))
-
 add("privileged_tool_missing_os_update", "the OS needs its update and the privileged tool is gone",
     outcome("Disk error... (18)", OS_UPDATE[:-1] + ["FAIL - no prerequisites on disk"], FRESH),
     layout=["--link", "wrong"], setup=both(RUNTIME_ON_STICK, gone("/home/vtx/bin/VtxSecret")))

@@ -29,7 +29,7 @@ def cut(tool, nth, mode):
 
 def before_privileged(command, os_update=True):
     """The stand-in privileged tool cuts the power before it would run the command."""
-    runtime = put("/media/usb/update/libstdc++.so.6.0.22", b"runtime library 6.0.22 from the stick\n" * 1000)
+    runtime = put("/media/usb/update/libstdc++.so.6.0.22", e2e.RUNTIME + bytes(38000))
     return dict(layout=["--link", "wrong"] if os_update else [],
                 setup=both(runtime if os_update else FULL, lambda run: run.record("privileged.kill", command + "\n")))
 

@@ -138,6 +138,9 @@ add_user("stick_log_of_root", "the stick holds an older log of that name, root's
 # cp writes into a file it may write but not give the user, and so does the update: in place.
 add_user("application_of_root_writable", "an Application of root's that everyone may write (0777)", SUCCESS,
          DONE_LOG, DONE, tweak=chown(APPLICATION, 0, 0, 0o777))
+# Nor may the user give a group that is not one of the user's: written in place, as cp keeps the group.
+add_user("application_group_foreign", "an Application of the user's, of root's group", SUCCESS, DONE_LOG, DONE,
+         tweak=chown(APPLICATION, USER[0], 0, 0o775))
 # cp writes the new build into Application, then Code/NEW cannot go: it is left empty.
 add_user("code_folder_not_writable", "a code folder of root's with the user's Application and Old",
          "Disk error... (07)", CURRENT + BACKED, dict(BACKED_UP, application="new"), also=["/home/vtx/Code/NEW/"],

@@ -32,12 +32,14 @@ before=$(state)
 env -u DISPLAY "$rehearse" --program "$program" --out "$scratch/out" --stick "$stick" --language DE \
   > "$scratch/output" 2>&1
 rc=$? out=$(cat "$scratch/output")
-[ $rc = 0 ] || fail "stick: status $rc"
+[ $rc = 1 ] || fail "stick: status $rc, not 1 for a stick that stops the update"
 [ "$(state)" = "$before" ] || fail "the stick changed"
 for want in "Rehearsing the stick $stick: the full update, screen in German (DE) on Xvfb" \
             "Daten konnten nicht kopiert werden: font package unpack" "== Installed: the new build" \
             "== Service sheet (docs/service-sheet.md): Could not copy file(s): font package unpack" \
-            "<date> could not unpack font package" "new      /home/vtx/Code/zip"; do
+            "<date> could not unpack font package" "new      /home/vtx/Code/zip" \
+            "  refused: jfonts.tgz: not a whole gzip stream" "verdict: this stick would stop at Daten konnten nicht \
+kopiert werden: font package unpack because jfonts.tgz: not a whole gzip stream"; do
   grep -qF -- "$want" <<<"$out" || fail "stick: no line \"$want\""
 done
 grep -qE "^  [0-9]{2}/[0-9]{2}/[0-9]{4} [0-9]{2}:[0-9]{2} [AP]M auxillary files copied" <<<"$out" ||

@@ -40,7 +40,8 @@ std::string GetUserManualFolderName() { return "UserManual"; }
 std::string GetLicenceTextsFolderName() { return "Licences"; }
 std::string GetChineseDictionaryFolderName() { return "ChnDictData"; }
 std::string GetFontPackageFileName() { return "jfonts.tgz"; }
-std::string GetFontFolder() { return Join(GetUserHomeFolder(), "jfonts"); }
+std::string GetFontFolderName() { return "jfonts"; }
+std::string GetFontFolder() { return Join(GetUserHomeFolder(), GetFontFolderName()); }
 
 std::string GetApplicationFileName(int version) { return version >= 1 ? "Application" : "Application.exe"; }
 std::string GetUpdateProgramFileName(int version) { return version >= 1 ? "update" : "update.exe"; }
@@ -68,7 +69,8 @@ std::string GetUsbUpdateFolder() { return Join(GetUsbMountPoint(), GetUpdateFold
 std::string GetChineseVariantMarker() { return Root("opt", "librime") + Separator(); }
 
 std::string GetRuntimeLibraryFolder() { return Join(Root("usr", "lib"), "i386-linux-gnu"); }
-std::string GetRuntimeLibraryLink() { return Join(GetRuntimeLibraryFolder(), "libstdc++.so.6"); }
+std::string GetRuntimeLibraryLinkName() { return "libstdc++.so.6"; }
+std::string GetRuntimeLibraryLink() { return Join(GetRuntimeLibraryFolder(), GetRuntimeLibraryLinkName()); }
 std::string GetRuntimeLibraryTarget() { return Join(GetRuntimeLibraryFolder(), GetRuntimeLibraryName()); }
 std::string GetRootImageFolder() { return Root("mnt", "root-ro"); }
 

@@ -27,6 +27,7 @@ std::string GetUserManualFolderName();
 std::string GetLicenceTextsFolderName();
 std::string GetChineseDictionaryFolderName();
 std::string GetFontPackageFileName();
+std::string GetFontFolderName();   // "jfonts", the only folder a font package may fill
 std::string GetFontFolder();
 
 // version below 1 selects the ".exe" form.
@@ -57,6 +58,7 @@ std::string GetChineseVariantMarker(); // "/opt/librime/", a folder that exists 
 
 // The operating system's runtime library, and the root image it is installed from.
 std::string GetRuntimeLibraryFolder(); // "/usr/lib/i386-linux-gnu"
+std::string GetRuntimeLibraryLinkName(); // "libstdc++.so.6", also the runtime's SONAME
 std::string GetRuntimeLibraryLink();   // that folder, "libstdc++.so.6"
 std::string GetRuntimeLibraryTarget(); // that folder, GetRuntimeLibraryName()
 std::string GetRootImageFolder();      // "/mnt/root-ro", mounted read-only

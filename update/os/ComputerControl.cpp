@@ -14,6 +14,7 @@
 
 #include <X11/Xlib.h>
 #include <fcntl.h>
+#include <dirent.h>
 #include <glob.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -23,6 +24,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <algorithm>
 #include <cstdlib>
 #include <mutex>
@@ -44,20 +46,50 @@ std::string FolderOf(const std::string& path) {
 }
 
 // The file that "cp from to" writes: inside "to" when that is a folder, and at the end of a chain
-// of links, which cp follows (a link that leads nowhere gives the name its last link names).
-std::string CopyDestination(const std::string& from, const std::string& to) {
-    std::string destination = to;
+// of links, which cp follows; a chain that leads nowhere is refused, as cp refuses to write
+// through it. With replaceLink a link in to's place is itself the file written (replaced).
+bool CopyDestination(const std::string& from, const std::string& to, bool replaceLink, std::string& destination,
+                     std::string& cause) {
+    destination = to;
     struct stat status {};
+    if (replaceLink && lstat(to.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) return true;
     if (stat(to.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
         destination = JoinPath(to, from.substr(from.rfind('/') + 1));
+    bool linked = false;
     for (int hops = 0; hops < 40; ++hops) {
         char target[4096];
         const ssize_t length = readlink(destination.c_str(), target, sizeof target - 1);
         if (length <= 0) break;
         target[length] = '\0';
         destination = target[0] == '/' ? std::string(target) : JoinPath(FolderOf(destination), target);
+        linked = true;
     }
-    return destination;
+    if (linked && lstat(destination.c_str(), &status) != 0) {
+        cause = "not writing through the dangling link " + to;
+        return false;
+    }
+    return true;
+}
+
+// cp reads what a link leads to, and only a regular file is ever copied: a FIFO would be waited on
+// for ever, a device read without end, a folder is not copied without -r.
+bool IsCopySource(const std::string& from, std::string& cause) {
+    struct stat status {};
+    if (stat(from.c_str(), &status) != 0) {
+        cause = from + ": " + std::strerror(errno);
+        return false;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        cause = from + " is not a regular file";
+        return false;
+    }
+    return true;
+}
+
+bool SameFile(const std::string& a, const std::string& b) {
+    struct stat one {}, other {};
+    return stat(a.c_str(), &one) == 0 && stat(b.c_str(), &other) == 0 && one.st_dev == other.st_dev &&
+           one.st_ino == other.st_ino;
 }
 
 // cp over an existing file writes into it, so that file keeps its mode, owner and group; the copy
@@ -110,6 +142,45 @@ bool SyncToDisk(const std::string& path, int flags) {
     return synced;
 }
 
+bool CopyInto(const std::string& from, const std::string& to, bool replaceLink, std::string& destination,
+              std::string& cause) {
+    if (!IsCopySource(from, cause) || !CopyDestination(from, to, replaceLink, destination, cause)) return false;
+    struct stat old {};
+    const bool exists = lstat(destination.c_str(), &old) == 0;
+    // A link the copy replaces is no file of its own: what it leads to is not written.
+    const bool replacesLink = exists && S_ISLNK(old.st_mode);
+    if (!replacesLink && SameFile(from, destination)) {
+        cause = from + " and " + destination + " are the same file";
+        return false;
+    }
+    const std::string folder = FolderOf(destination);
+    const bool replaces = exists && S_ISREG(old.st_mode);
+    if (replaces && !CpMayWriteInto(destination)) {
+        cause = destination + ": " + std::strerror(errno);
+        return false;
+    }
+    if (replaces && !CanReplaceBeside(folder, old)) {
+        // As cp does it, in place: a power cut now leaves the file in part (see the power-loss notes).
+        cause = "cp into " + destination + " failed";
+        return RunShellCommand(NS_ShellCommand::Copy(from, destination)) == 0 && SyncToDisk(destination, O_RDONLY);
+    }
+    const std::string partial = JoinPath(folder, kPartialCopyName);
+    // Whatever an earlier power cut left under the partial name goes first.
+    unlink(partial.c_str());
+    const bool copied = RunShellCommand(NS_ShellCommand::Copy(from, partial)) == 0 &&
+                        TakeOverAndFlush(partial, replaces ? &old : nullptr) &&
+                        rename(partial.c_str(), destination.c_str()) == 0;
+    if (!copied) {
+        cause = "copy to " + partial + " failed";
+        unlink(partial.c_str());
+        return false;
+    }
+    // The new name on the disk too, before the next step builds on it: removing the source (the
+    // new-build folder after the install) must never reach the disk ahead of this rename.
+    SyncToDisk(folder, O_RDONLY | O_DIRECTORY);
+    return true;
+}
+
 // Stock cursor states; touched on the GUI thread only.
 bool g_busy = false;
 bool g_hidden = false;
@@ -130,25 +201,39 @@ bool OnGuiThread(Call call) {
     return false;
 }
 
-// Entries whose names start with "." are not matched, so a folder holding one is not removed
-// and the caller learns that something is left.
-bool RemoveTree(const std::string& folder) {
-    glob_t found{};
-    const int rc = glob(JoinPath(folder, "*").c_str(), 0, nullptr, &found);
-    bool removed = rc == 0 || rc == GLOB_NOMATCH;
-    for (size_t i = 0; rc == 0 && i < found.gl_pathc; ++i) {
-        const char* path = found.gl_pathv[i];
+// Everything inside the open folder, by name and relative to the folder, so that no name is ever
+// read as a pattern and no link is ever followed, wherever it points. Names starting with "." are
+// left, as a pattern "*" would leave them, so a folder holding one is not removed and the caller
+// learns that something is left.
+bool RemoveInside(int folder) {
+    const int listing = dup(folder);
+    DIR* dir = listing >= 0 ? fdopendir(listing) : nullptr;
+    if (dir == nullptr) {
+        if (listing >= 0) close(listing);
+        return false;
+    }
+    std::vector<std::string> names;
+    while (const dirent* entry = readdir(dir)) {
+        if (entry->d_name[0] != '.') names.emplace_back(entry->d_name);
+    }
+    closedir(dir);
+    std::sort(names.begin(), names.end());
+    bool removed = true;
+    for (const std::string& name : names) {
         struct stat status {};
-        if (lstat(path, &status) != 0) {  // NOLINT(bugprone-branch-clone): two failures, one outcome
+        // NOLINTNEXTLINE(bugprone-branch-clone): two failures, one outcome
+        if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
             removed = false;
         } else if (S_ISDIR(status.st_mode)) {
-            removed = RemoveTree(path) && removed;
-        } else if (unlink(path) != 0) {
+            const int inner = openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+            const bool emptied = inner >= 0 && RemoveInside(inner);
+            if (inner >= 0) close(inner);
+            removed = unlinkat(folder, name.c_str(), AT_REMOVEDIR) == 0 && emptied && removed;
+        } else if (unlinkat(folder, name.c_str(), 0) != 0) {
             removed = false;
         }
     }
-    globfree(&found);
-    return rmdir(folder.c_str()) == 0 && removed;
+    return removed;
 }
 
 // The one caller of the C library's system(): the raw status as the wait call delivers it.
@@ -268,30 +353,11 @@ SFirmwareIdentification GetFirmwareIdentification() {
     return id;
 }
 
-bool CopyFile(const std::string& from, const std::string& to) {
-    const std::string destination = CopyDestination(from, to);
-    const std::string folder = FolderOf(destination);
-    struct stat old {};
-    const bool replaces = stat(destination.c_str(), &old) == 0 && S_ISREG(old.st_mode);
-    if (replaces && !CpMayWriteInto(destination)) return false;
-    if (replaces && !CanReplaceBeside(folder, old)) {
-        // As cp does it, in place: a power cut now leaves the file in part (see the power-loss notes).
-        return RunShellCommand(NS_ShellCommand::Copy(from, destination)) == 0 && SyncToDisk(destination, O_RDONLY);
-    }
-    const std::string partial = JoinPath(folder, kPartialCopyName);
-    // Whatever an earlier power cut left under the partial name goes first.
-    unlink(partial.c_str());
-    const bool copied = RunShellCommand(NS_ShellCommand::Copy(from, partial)) == 0 &&
-                        TakeOverAndFlush(partial, replaces ? &old : nullptr) &&
-                        rename(partial.c_str(), destination.c_str()) == 0;
-    if (!copied) {
-        unlink(partial.c_str());
-        return false;
-    }
-    // The new name on the disk too, before the next step builds on it: removing the source (the
-    // new-build folder after the install) must never reach the disk ahead of this rename.
-    SyncToDisk(folder, O_RDONLY | O_DIRECTORY);
-    return true;
+bool CopyFile(const std::string& from, const std::string& to, std::string* cause, eCopyDestination how) {
+    std::string why, destination;
+    const bool copied = CopyInto(from, to, how == eCopyDestination::ReplaceLink, destination, why);
+    if (!copied && cause != nullptr) *cause = why;
+    return copied;
 }
 
 bool FlushFileToDisk(const std::string& path) { return SyncToDisk(path, O_RDONLY); }
@@ -311,18 +377,29 @@ bool RemoveFolderTree(const std::string& folder) {
     // The folder itself is not followed either: a link in its place is refused.
     struct stat status {};
     if (lstat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return false;
-    return RemoveTree(folder);
+    const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0) return false;
+    const bool emptied = RemoveInside(fd);
+    close(fd);
+    return rmdir(folder.c_str()) == 0 && emptied;
 }
 
 std::string RunCommandOutput(const std::string& command, bool& ok) {
+    int status = 0;
+    return RunCommandOutput(command, ok, status);
+}
+
+std::string RunCommandOutput(const std::string& command, bool& ok, int& exitStatus) {
     std::string output;
+    exitStatus = -1;
     FILE* pipe = popen(command.c_str(), "r");
     ok = pipe != nullptr;
     if (pipe == nullptr) return output;
     char piece[128];
     size_t length = 0;
     while ((length = std::fread(piece, 1, sizeof piece, pipe)) > 0) output.append(piece, length);
-    pclose(pipe);
+    const int status = pclose(pipe);
+    if (status != -1 && WIFEXITED(status)) exitStatus = WEXITSTATUS(status);
     return output;
 }
 

@@ -46,6 +46,12 @@ void SetBusyCursor(bool busy);
 void SetCursorVisible(bool visible);
 SFirmwareIdentification GetFirmwareIdentification();
 
+// Where a copy goes when a link has the destination's name.
+enum class eCopyDestination {
+    FollowLinks,  // as cp: through the chain of links to the file it ends at
+    ReplaceLink,  // the link itself is replaced by the copy: it is never written through
+};
+
 // Copies with cp through the shell (the paths may hold any character) as "cp from to" would, into
 // "to" or, when "to" is a folder, into the file of from's name inside it. A power cut never leaves
 // part of a file under that name: cp writes kPartialCopyName in the same folder, which is flushed
@@ -55,7 +61,11 @@ SFirmwareIdentification GetFirmwareIdentification();
 // an existing file keeps its mode, owner and group, and one that cp may not write is refused.
 // Where the copy beside could not end as cp's (a folder the user may not write, a file of another
 // owner), the file is written in place, as cp writes it, and a power cut may leave it in part.
-bool CopyFile(const std::string& from, const std::string& to);
+// Refused before cp runs, where cp would fail or never end: a source that is not a regular file
+// (a FIFO, a device, a folder), a destination link that leads nowhere, the same file on both
+// sides. cause, when given, says why a copy failed.
+bool CopyFile(const std::string& from, const std::string& to, std::string* cause = nullptr,
+              eCopyDestination how = eCopyDestination::FollowLinks);
 // ".vtx-partial-copy": hidden, so no pattern of the update ("*.log", "Application_*") matches it.
 extern const char* const kPartialCopyName;
 // fsync of one file; false when it cannot be opened or flushed.
@@ -67,14 +77,16 @@ bool FileExists(const std::string& pattern);
 // Mode 0777; true when created or when the name already exists, whatever that entry is: a file in
 // the folder's place fails the caller's next step instead.
 bool CreateFolder(const std::string& path);
-// Deletes the folder with everything that "folder/*" matches; links inside are removed, never
-// followed, and a link in the folder's place is refused. Names starting with "." are not matched,
-// so a folder holding one stays (with only those inside) and the result is false. True when
-// everything was removed.
+// Deletes the folder with everything in it; links inside are removed, never followed, and a link
+// in the folder's place is refused. Names are never read as patterns. Names starting with "." are
+// left, as the shell's "folder/*" leaves them, so a folder holding one stays (with only those
+// inside) and the result is false. True when everything was removed.
 bool RemoveFolderTree(const std::string& folder);
 // Everything the command printed on its standard output; ok is false only when the command could
 // not be started.
 std::string RunCommandOutput(const std::string& command, bool& ok);
+// The same, with the command's exit status (-1 when it did not end normally).
+std::string RunCommandOutput(const std::string& command, bool& ok, int& exitStatus);
 // The C library's system(): the command's exit status, -1 when the shell could not run or the
 // command was ended by a signal.
 int RunShellCommand(const std::string& command);

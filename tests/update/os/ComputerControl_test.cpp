@@ -52,17 +52,29 @@ TEST(ComputerControlFiles, CopyGoesThroughALinkIntoAFolderAndFailsWithoutATrace)
     EXPECT_FALSE(CopyFile(folder / "into", folder / "target"));
     EXPECT_FALSE(CopyFile(folder / "missing", folder / "target"));
     EXPECT_EQ(ReadFile(folder / "target"), "new");
+    // Where cp fails or never ends: a FIFO to read, a link to nowhere to write, the same file.
+    ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
+    ASSERT_EQ(symlink("nowhere/x", (folder / "dangling").c_str()), 0);
+    EXPECT_FALSE(CopyFile(folder / "fifo", folder / "from-fifo"));
+    EXPECT_FALSE(CopyFile(folder / "new", folder / "dangling"));
+    EXPECT_FALSE(CopyFile(folder / "target", folder / "link"));
+    EXPECT_FALSE(Exists(folder / "from-fifo") || Exists(folder / "nowhere"));
+    // The stick's way: the link itself gives way to the copy.
+    EXPECT_TRUE(CopyFile(folder / "new", folder / "dangling", nullptr, eCopyDestination::ReplaceLink));
+    EXPECT_EQ(ReadFile(folder / "dangling"), "new");
     EXPECT_FALSE(Exists(folder / kPartialCopyName));
 }
 
 TEST(ComputerControlFiles, RemoveFolderTreeRemovesWhatItMatchesAndFollowsNoLink) {
     CTestFolder folder;
     const std::string outside = folder / "outside", tree = folder / "NEW";
-    for (const std::string& path : {outside, tree, tree + "/sub", tree + "/sub/empty"})
+    // A folder named [l]ink read as a pattern would match the link beside it and empty "outside".
+    for (const std::string& path : {outside, tree, tree + "/sub", tree + "/sub/empty", tree + "/[l]ink"})
         ASSERT_EQ(mkdir(path.c_str(), 0777), 0) << path;
     for (const std::string& path : {outside + "/keep.txt", tree + "/Application", tree + "/sub/[x]*.txt"})
         ASSERT_TRUE(WriteFile(path, "keep"));
     ASSERT_EQ(symlink(outside.c_str(), (tree + "/sub/to-outside").c_str()), 0);
+    ASSERT_EQ(symlink(outside.c_str(), (tree + "/link").c_str()), 0);
     ASSERT_EQ(symlink((outside + "/keep.txt").c_str(), (tree + "/file-link").c_str()), 0);
     ASSERT_EQ(symlink("/nonexistent/target", (tree + "/dangling").c_str()), 0);
     ASSERT_EQ(symlink(outside.c_str(), (folder / "link").c_str()), 0);
