@@ -14,6 +14,8 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
             clang libclang-rt-dev gcovr python3-fusepy file git patchelf zlib1g-dev
 PACKAGES += clang-tidy cppcheck
+# Signed updates: the library that checks a signature, and the tool that makes and checks them.
+PACKAGES += minisign libsodium-dev
 
 .PHONY: all deps configure build check rehearse asan tsan coverage clean format fuzz bench package po-update \
         i386-root build-i386 check-i386 package-i386 package-native check-oldsystem

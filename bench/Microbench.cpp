@@ -56,7 +56,8 @@ void Ref_TextLookup(benchmark::State& state) {
     const std::string* table = GetLanguageTable(static_cast<int>(state.range(0)));
     uint32_t id = 0;
     for (auto _ : state) {
-        const std::string& text = id < kTableSize ? table[id] : TEXTS_DEV[id - kDeveloperFirstId];
+        const std::string& text = id >= kDeveloperFirstId && id <= kDeveloperLastId ? TEXTS_DEV[id - kDeveloperFirstId]
+                                                                                   : table[LanguageTableIndex(id)];
         benchmark::DoNotOptimize(text.size());
         id = NextTextId(id);
     }

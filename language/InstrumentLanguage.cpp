@@ -61,8 +61,9 @@ bool CInstrumentLanguageDef::IsRomanceLanguage() const {
 
 const std::string& CInstrumentLanguageDef::GetTextForLanguage(uint32_t textId, int language) const {
     // The developer and service texts exist in English only and do not depend on the branding.
-    if (textId >= kDeveloperFirstId && textId <= kLastTextId) return TEXTS_DEV[textId - kDeveloperFirstId];
-    const uint32_t index = textId < kTableSize ? textId : 0;
+    if (textId >= kDeveloperFirstId && textId <= kDeveloperLastId)
+        return TEXTS_DEV[textId - kDeveloperFirstId];
+    const uint32_t index = LanguageTableIndex(textId);
     if (static_cast<unsigned>(language) >= static_cast<unsigned>(kLanguageCount)) language = eLanguageEnglish;
     if (GetTextInstrumentType() == eInstrumentPellamZento) return TEXTS_EN_PELLAM[index];
     return GetLanguageTable(language)[index];

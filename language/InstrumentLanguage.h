@@ -51,8 +51,9 @@ public:
     bool IsRomanceLanguage() const override;
     // The lookup with an explicit language. Never fails: an id without a text gives the empty
     // text of id 0, a language outside 0..9 (negative values included) gives English. Ids 568 to
-    // 650 are the untranslated developer texts, the same in every language. An instrument of
-    // type 1 shows its own English wording whatever the language.
+    // 650 are the untranslated developer texts, the same in every language; 0..567 and the update
+    // texts from 651 on are translated. An instrument of type 1 shows its own English wording
+    // whatever the language.
     virtual const std::string& GetTextForLanguage(uint32_t textId, int language) const;
 
     // Which languages the instrument offers: type 0 all ten, type 1 English only, type 2 English

@@ -7,6 +7,9 @@ indexed by (text id - first id):
     gen_texts.py --table en --first-id 0 --count 568 \
                  --out texts_en.cpp --symbol TEXTS_EN language/texts/en.po
 
+A table may hold several ranges of ids (--first-id and --count once for
+each, ascending): the array holds their texts one range after the other.
+
 Check mode holds the translations (the other files) against the English
 (the first): every file as in table mode, and each text with as many
 "<TAG_AMOUNT>" as the English one. The build runs it before the tables, so
@@ -129,19 +132,25 @@ def _ranges(ids):
     return ", ".join(out)
 
 
-def table_texts(path, entries, first_id, count):
-    """The texts for ids first_id..first_id+count-1, or TableError."""
-    last_id = first_id + count - 1
-    problems = ["%s:%d: text %d outside this table (%d..%d)"
-                % (path, e.linenum, tid, first_id, last_id)
-                for tid, e in sorted(entries.items()) if not first_id <= tid <= last_id]
-    missing = [tid for tid in range(first_id, first_id + count) if tid not in entries]
+def table_ids(ranges):
+    """The text ids of the (first id, count) ranges, in the order of the array."""
+    return [tid for first_id, count in ranges for tid in range(first_id, first_id + count)]
+
+
+def table_texts(path, entries, ranges):
+    """The texts of the ids of the (first id, count) ranges, or TableError."""
+    ids = table_ids(ranges)
+    wanted = set(ids)
+    problems = ["%s:%d: text %d outside this table (%s)"
+                % (path, e.linenum, tid, _ranges(ids))
+                for tid, e in sorted(entries.items()) if tid not in wanted]
+    missing = [tid for tid in ids if tid not in entries]
     if missing:
         problems.append("%s: table has %d of %d texts; missing text id(s) %s"
-                        % (path, count - len(missing), count, _ranges(missing)))
+                        % (path, len(ids) - len(missing), len(ids), _ranges(missing)))
     if problems:
         raise TableError(problems)
-    return [entries[tid].msgstr for tid in range(first_id, first_id + count)]
+    return [entries[tid].msgstr for tid in ids]
 
 
 def check_translations(paths):
@@ -198,12 +207,12 @@ def cpp_literal(text):
     return parts
 
 
-def render_cpp(table, source_name, symbol, first_id, texts):
+def render_cpp(table, source_name, symbol, ids, texts):
     count = len(texts)
     names = symbol.split("::")
     lines = [
         "// generated from %s by tools/gen_texts.py, do not edit" % source_name,
-        "// table \"%s\", text ids %d..%d" % (table, first_id, first_id + count - 1),
+        "// table \"%s\", text ids %s" % (table, _ranges(ids)),
         "",
         "#include <string>",
         "",
@@ -218,7 +227,7 @@ def render_cpp(table, source_name, symbol, first_id, texts):
     ]
     for i, text in enumerate(texts):
         parts = cpp_literal(text)
-        lines.append("    /* %d */ %s%s" % (first_id + i, parts[0], "" if len(parts) > 1 else ","))
+        lines.append("    /* %d */ %s%s" % (ids[i], parts[0], "" if len(parts) > 1 else ","))
         for k, p in enumerate(parts[1:], 1):
             lines.append("        %s%s" % (p, "," if k == len(parts) - 1 else ""))
     lines.append("};")
@@ -247,8 +256,9 @@ def main(argv=None):
     ap.add_argument("--allow-empty", action="store_true",
                     help='msgstr "" is an empty text, not an untranslated one')
     ap.add_argument("--table", help="table name, for the generated comment")
-    ap.add_argument("--first-id", type=int, help="text id of the first entry")
-    ap.add_argument("--count", type=int, help="number of texts in the table")
+    ap.add_argument("--first-id", type=int, action="append",
+                    help="first text id of a range; once for each range, with its --count")
+    ap.add_argument("--count", type=int, action="append", help="number of texts in the range")
     ap.add_argument("--out", help="C++ file to write")
     ap.add_argument("--symbol", help="array name, may be namespace-qualified (a::b::TEXTS)")
     ap.add_argument("po", nargs="+", help="PO file(s)")
@@ -269,15 +279,21 @@ def main(argv=None):
             ap.error("table mode needs " + ", ".join("--" + m.replace("_", "-") for m in missing))
         if len(args.po) != 1:
             ap.error("table mode takes exactly one PO file")
-        if args.count <= 0 or args.first_id < 0:
+        if len(args.first_id) != len(args.count):
+            ap.error("give one --count for each --first-id")
+        ranges = list(zip(args.first_id, args.count))
+        if any(count <= 0 or first_id < 0 for first_id, count in ranges):
             ap.error("--count must be positive and --first-id not negative")
+        # Ascending and apart, so that each id has one place in the array.
+        if any(b[0] < a[0] + a[1] for a, b in zip(ranges, ranges[1:])):
+            ap.error("the ranges must ascend and must not overlap")
         if not all(_IDENT_RE.match(n) for n in args.symbol.split("::")):
             ap.error("--symbol must be a C++ identifier, optionally qualified with ::")
 
         path = args.po[0]
-        texts = table_texts(path, read_table(path, args.allow_empty), args.first_id, args.count)
+        texts = table_texts(path, read_table(path, args.allow_empty), ranges)
         write_atomically(args.out, render_cpp(args.table, os.path.basename(path),
-                                              args.symbol, args.first_id, texts))
+                                              args.symbol, table_ids(ranges), texts))
         return 0
     except TableError as exc:
         print(exc, file=sys.stderr)

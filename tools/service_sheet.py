@@ -23,7 +23,7 @@ LANGUAGES = [("EN", "English", "en"), ("DK", "Danish", "da"), ("SE", "Swedish", 
              ("NL", "Dutch", "nl"), ("FR", "French", "fr"), ("SP", "Spanish", "es"), ("DE", "German", "de"),
              ("JP", "Japanese", "ja"), ("CH", "Chinese", "zh")]
 # The update screen's texts: heading, progress, failures, success.
-TEXT_IDS = [417, 418, 168, 419, 422, 423]
+TEXT_IDS = [417, 418, 168, 419, 651, 422, 423]
 BEGIN = "<!-- screen texts: made by tools/service_sheet.py --update; do not edit by hand -->"
 END = "<!-- end of screen texts -->"
 COPY_FAILED = "Could not copy file(s): "

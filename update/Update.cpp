@@ -13,10 +13,12 @@
 #include "foundation/InstrumentSettings.h"
 #include "foundation/InstrumentTime.h"
 #include "language/InstrumentLanguage.h"
+#include "language/LanguageTables.h"
 #include "update/os/ComputerControl.h"
 #include "update/os/FileInfo.h"
 #include "update/os/FontPackage.h"
 #include "update/os/InputChecks.h"
+#include "update/UpdateSignature.h"
 #include "update/os/ShellCommands.h"
 #include "update/ConsoleLines.h"
 #include "update/locations/InstrumentLocations.h"
@@ -35,7 +37,12 @@ enum : uint32_t {
     eTextCouldNotCopy = 419,
     eTextUpgradeSuccessful = 422,
     eTextRestartingApplication = 423,
+    eTextUpdateNotSigned = NS_LanguageTexts::kTextUpdateNotSigned,
 };
+
+// Where root takes the runtime from in a signed update: the copy that was checked, in the user's
+// home folder, never the stick a second time.
+constexpr char kCheckedRuntimeName[] = ".vtx-checked-runtime";
 
 // The runtime link's target, or false when it cannot be read.
 bool ReadLinkTarget(std::string& target) {
@@ -47,12 +54,31 @@ bool ReadLinkTarget(std::string& target) {
     return true;
 }
 
+// What tells a file apart from the same name holding other bytes later.
+std::string FileIdentity(const std::string& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0) return std::string();
+    return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) + ":" + std::to_string(status.st_size) +
+           ":" + std::to_string(status.st_mtim.tv_sec) + "." + std::to_string(status.st_mtim.tv_nsec) + ":" +
+           std::to_string(status.st_ctim.tv_sec) + "." + std::to_string(status.st_ctim.tv_nsec);
+}
+
+// A file's path in the manifest: on the stick from its top, in the new-build folder from "NEW/".
+std::string ManifestPathOnStick(const std::string& path) { return path.substr(GetUsbMountPoint().size() + 1); }
+
+std::string InstrumentPathOf(const std::string& manifestPath) {
+    const std::string prefix = kManifestNewBuildPrefix;
+    if (manifestPath.compare(0, prefix.size(), prefix) == 0)
+        return JoinPath(GetNewBuildFolder(), manifestPath.substr(prefix.size()));
+    return JoinPath(GetUsbMountPoint(), manifestPath);
+}
+
 }  // namespace
 
-std::string FormatStepCode(int code) {
+std::string FormatStepCode(int code, uint32_t textId) {
     char number[16];
     std::snprintf(number, sizeof(number), "%02d", code);
-    return GetText(eTextDiskError) + "... (" + number + ")";
+    return GetText(textId) + "... (" + number + ")";
 }
 
 std::string FormatBackupTimeStamp(time_t modificationTime) {
@@ -75,7 +101,10 @@ std::string StickPathOfLog(const std::string& logPath) {
 
 CUpdateProcedure::CUpdateProcedure(CUpdateScreen* screen) : m_screen(screen), m_log("Update") {}
 
-CUpdateProcedure::~CUpdateProcedure() { m_logWriter.Close(); }
+CUpdateProcedure::~CUpdateProcedure() {
+    StopHashingAhead();
+    m_logWriter.Close();
+}
 
 void CUpdateProcedure::DetachScreen() {
     std::lock_guard<std::mutex> lock(m_screenMutex);
@@ -140,10 +169,13 @@ bool CUpdateProcedure::RunClosingSequence() {
 
 bool CUpdateProcedure::RunUpdateProcedure() {
     ShowStatus(GetText(eTextCopyingFiles) + "...");
+    StartHashingAhead();
     Pause();
-    if (!OpenUpdateLog() || !CopyAuxiliaryFiles() || !CheckSystemLibraryLink()) return false;
+    const bool opened = OpenUpdateLog();
+    StopHashingAhead();
+    if (!opened || !CheckUpdateSignature() || !CopyAuxiliaryFiles() || !CheckSystemLibraryLink()) return false;
     if (!IsSystemLibraryCurrent() && !UpdateOperatingSystem()) return false;
-    if (!BackUpOldVersion() || !InstallNewVersion() || !InstallFontPackage()) return false;
+    if (!BackUpOldVersion() || !InstallNewVersion() || !InstallFontPackage() || !RecordSignedRelease()) return false;
     return FinishUpdateLog();
 }
 
@@ -195,6 +227,139 @@ bool CUpdateProcedure::IsUpdateLogCandidate(const std::string& path) {
     return true;
 }
 
+bool CUpdateProcedure::SignatureRefused(const std::string& reason, const std::string& file) {
+    SayWhy("update not signed", reason + ": " + file);
+    WriteLine("FAIL - update not signed: " + reason + ": " + file);
+    ShowStatus(FormatStepCode(eCodeNotSigned, eTextUpdateNotSigned));
+    return false;
+}
+
+const SFileContent* CUpdateProcedure::Expected(const std::string& manifestPath) const {
+    return m_signed ? m_manifest.Find(manifestPath) : nullptr;
+}
+
+void CUpdateProcedure::StartHashingAhead() {
+    if (IsAbsent(GetUpdateKeysFolder()) || IsAbsent(GetNewBuildFolder())) return;
+    m_hashing = std::thread([this] {
+        std::vector<std::string> files;
+        std::string cause;
+        ListRegularFiles(GetNewBuildFolder(), files, cause);
+        for (const std::string& file : files) {
+            const std::string path = JoinPath(GetNewBuildFolder(), file);
+            SHashedAhead hashed{FileIdentity(path), SFileContent()};
+            if (DigestFile(path, hashed.content, cause) && hashed.identity == FileIdentity(path))
+                m_hashedAhead[path] = hashed;
+        }
+    });
+}
+
+void CUpdateProcedure::StopHashingAhead() {
+    if (m_hashing.joinable()) m_hashing.join();
+}
+
+bool CUpdateProcedure::MatchesManifest(const std::string& manifestPath, const std::string& path) {
+    const SFileContent* listed = m_manifest.Find(manifestPath);
+    if (listed == nullptr) return SignatureRefused("not listed", path);
+    SFileContent content;
+    std::string cause;
+    const auto ahead = m_hashedAhead.find(path);
+    if (ahead != m_hashedAhead.end() && ahead->second.identity == FileIdentity(path)) {
+        content = ahead->second.content;
+    } else if (!DigestFile(path, content, cause)) {
+        return SignatureRefused(cause, path);
+    }
+    if (content != *listed) return SignatureRefused("differs from the manifest", path);
+    return true;
+}
+
+bool CUpdateProcedure::CopyChecked(const std::string& from, const std::string& to, const std::string& manifestPath,
+                                   std::string& cause, bool& refused) {
+    refused = false;
+    const SFileContent* expected = Expected(manifestPath);
+    if (m_signed && expected == nullptr) {
+        refused = true;
+        return SignatureRefused("not listed", from);
+    }
+    if (CopyFile(from, to, &cause, SCopyOptions{eCopyDestination::FollowLinks, expected})) return true;
+    if (cause.compare(0, std::strlen(kCopyContentDiffers), kCopyContentDiffers) == 0) {
+        refused = true;
+        return SignatureRefused("changed while copied", from);
+    }
+    return false;
+}
+
+bool CUpdateProcedure::CheckUpdateSignature() {
+    std::vector<SUpdateKey> keys;
+    std::string cause;
+    const bool keysRead = LoadUpdateKeys(GetUpdateKeysFolder(), keys, cause);
+    if (keysRead && keys.empty()) return true;
+    WriteLine("*** Checking update signature ***");
+    if (!keysRead) {
+        // A key folder that cannot be read must never pass for one that holds no key.
+        SayWhy("update key refused", cause);
+        WriteLine("FAIL - update key refused: " + cause);
+        ShowStatus(FormatStepCode(eCodeNotSigned, eTextUpdateNotSigned));
+        return false;
+    }
+    const std::string manifestFile = GetUpdateManifest(), signatureFile = GetUpdateManifestSignature();
+    const std::string stick = GetUsbMountPoint();
+    if (!ReadInputFile(manifestFile, stick, CUpdateManifest::kLargestManifest, m_manifestBytes, cause))
+        return SignatureRefused(cause == "missing" ? "no manifest" : "manifest " + cause, manifestFile);
+    if (!ReadInputFile(signatureFile, stick, 4096, m_signatureBytes, cause))
+        return SignatureRefused(cause == "missing" ? "no signature" : "signature " + cause, signatureFile);
+    SUpdateSignature signature;
+    if (!ParseUpdateSignature(m_signatureBytes, signature, cause) ||
+        !VerifyUpdateSignature(m_manifestBytes, signature, keys, cause))
+        return SignatureRefused(cause, signatureFile);
+    if (!m_manifest.Parse(m_manifestBytes, cause)) return SignatureRefused(cause, manifestFile);
+    if (m_manifest.GetProduct() != GetProductFolderName())
+        return SignatureRefused("for another product, " + m_manifest.GetProduct(), manifestFile);
+
+    // Every file listed is there, and every file the update is going to use is listed as it is.
+    for (const auto& listed : m_manifest.GetFiles()) {
+        const std::string path = InstrumentPathOf(listed.first);
+        if (IsAbsent(path)) return SignatureRefused("listed but missing", path);
+    }
+    std::vector<std::pair<std::string, std::string>> used;  // manifest path, path
+    const std::string auxiliary = JoinPath(GetUsbUpdateFolder(), GetAuxiliaryFileName());
+    const std::string fonts = JoinPath(stick, GetFontPackageFileName());
+    const std::string runtime = JoinPath(GetUsbUpdateFolder(), GetRuntimeLibraryName());
+    std::string target;
+    if (!IsReducedUpdate() && FileExists(auxiliary) && !FileExists(JoinPath(GetApplicationFolder(), GetAuxiliaryFileName())))
+        used.emplace_back(ManifestPathOnStick(auxiliary), auxiliary);
+    if (!(ReadLinkTarget(target) && target == GetRuntimeLibraryTarget()) && FileExists(runtime))
+        used.emplace_back(ManifestPathOnStick(runtime), runtime);
+    if (!IsReducedUpdate() && FileExists(fonts) && !FileExists(JoinPath(GetUserHomeFolder(), GetFontPackageFileName())))
+        used.emplace_back(ManifestPathOnStick(fonts), fonts);
+    std::vector<std::string> build;
+    if (!IsAbsent(GetNewBuildFolder()) && !ListRegularFiles(GetNewBuildFolder(), build, cause)) {
+        const std::string::size_type split = cause.find(": ");
+        return SignatureRefused(cause.substr(0, split), cause.substr(split + 2));
+    }
+    for (const std::string& file : build)
+        used.emplace_back(kManifestNewBuildPrefix + file, JoinPath(GetNewBuildFolder(), file));
+    for (const auto& file : used) {
+        if (!MatchesManifest(file.first, file.second)) return false;
+    }
+    m_signed = true;
+    WriteLine("signed release " + m_manifest.GetRelease() + " accepted");
+    return true;
+}
+
+bool CUpdateProcedure::RecordSignedRelease() {
+    if (!m_signed) return true;
+    const std::string record = GetReleaseRecord();
+    std::string cause;
+    if (WriteFileWhole(record, m_manifestBytes, cause) && WriteFileWhole(record + ".minisig", m_signatureBytes, cause)) {
+        WriteLine("release " + m_manifest.GetRelease() + " recorded in " + record);
+        return true;
+    }
+    // The update itself is whole: only the note of which release it was is missing.
+    SayWhy("release not recorded", cause);
+    WriteLine("release not recorded: " + cause);
+    return true;
+}
+
 bool CUpdateProcedure::CopyAuxiliaryFiles() {
     if (IsReducedUpdate()) return true;
     const std::string onStick = JoinPath(GetUsbUpdateFolder(), GetAuxiliaryFileName());
@@ -208,7 +373,10 @@ bool CUpdateProcedure::CopyAuxiliaryFiles() {
         return true;
     }
     std::string cause;
-    if (!IsReadableInput(onStick, GetUsbMountPoint(), cause) || !CopyFile(onStick, onInstrument, &cause)) {
+    bool refused = false;
+    if (!IsReadableInput(onStick, GetUsbMountPoint(), cause) ||
+        !CopyChecked(onStick, onInstrument, ManifestPathOnStick(onStick), cause, refused)) {
+        if (refused) return false;
         SayWhy("auxiliary file not copied", cause);
         // "auxillary" is how service staff have always searched the logs for this step.
         ShowStatus(GetText(eTextCouldNotCopy) + ": auxillary files");
@@ -254,8 +422,21 @@ bool CUpdateProcedure::UpdateOperatingSystem() {
     if (!FileExists(replacement)) return fail("FAIL - no prerequisites on USB");
     // Root makes this file the runtime of every C++ program of the instrument from the next boot
     // on: anything but the library itself would leave an instrument that starts nothing.
-    std::string cause;
-    if (!IsRuntimeLibrary(replacement, GetRuntimeLibraryLinkName(), cause)) {
+    std::string cause, source = replacement;
+    const std::string checked = JoinPath(GetUserHomeFolder(), kCheckedRuntimeName);
+    if (m_signed) {
+        bool refused = false;
+        if (!CopyChecked(replacement, checked, ManifestPathOnStick(replacement), cause, refused)) {
+            if (refused) return false;
+            SayWhy("runtime not installed", cause);
+            return fail("FAIL - runtime on USB refused: cannot be copied for its check");
+        }
+        source = checked;
+    }
+    // Whatever the outcome, the checked copy has done its job once root has been asked.
+    const std::unique_ptr<const std::string, void (*)(const std::string*)> removeChecked(
+        m_signed ? &checked : nullptr, [](const std::string* path) { unlink(path->c_str()); });
+    if (!IsRuntimeLibrary(source, GetRuntimeLibraryLinkName(), cause)) {
         SayWhy("runtime not installed", replacement + ": " + cause);
         return fail("FAIL - runtime on USB refused: " + cause);
     }
@@ -264,7 +445,7 @@ bool CUpdateProcedure::UpdateOperatingSystem() {
     WriteLine("prerequisites exists on disk");
     if (!RunPrivileged(NS_ShellCommand::RemountWritable(GetRootImageFolder()))) return fail("FAIL - cannot mount OS");
     WriteLine("remounted OS");
-    if (!RunPrivileged(NS_ShellCommand::CopyPlain(replacement, GetRootImageRuntimeLibraryTarget())))
+    if (!RunPrivileged(NS_ShellCommand::CopyPlain(source, GetRootImageRuntimeLibraryTarget())))
         return fail("FAIL - cannot copy prerequisites to OS");
     WriteLine("copied prerequisites to OS");
     // The link names the target as the running system will see it after the reboot.
@@ -317,7 +498,9 @@ bool CUpdateProcedure::InstallNewVersion() {
         ShowCode(chinese ? eCodeLibraryCheckChinese : eCodeLibraryCheckStandard);
         return false;
     }
-    if (!CopyFile(newBuild, GetApplicationFile(), &cause)) {
+    bool refused = false;
+    if (!CopyChecked(newBuild, GetApplicationFile(), kManifestNewBuildPrefix + fileName, cause, refused)) {
+        if (refused) return false;
         SayWhy("new build not installed", cause);
         ShowCode(eCodeInstallCopy);
         return false;
@@ -338,7 +521,10 @@ bool CUpdateProcedure::InstallFontPackage() {
     if (FileExists(JoinPath(home, GetFontPackageFileName()))) return true;
     WritePrefixedLine(" Copying " + package + " to " + home);
     std::string cause;
-    if (!IsReadableInput(package, GetUsbMountPoint(), cause) || !CopyFile(package, home, &cause)) {
+    bool refused = false;
+    if (!IsReadableInput(package, GetUsbMountPoint(), cause) ||
+        !CopyChecked(package, home, ManifestPathOnStick(package), cause, refused)) {
+        if (refused) return false;
         SayWhy("font package not copied", cause);
         ShowStatus(GetText(eTextCouldNotCopy) + ": font package");
         WritePrefixedLine(" could not copy font package");
@@ -399,7 +585,7 @@ bool CUpdateProcedure::FinishUpdateLog() {
     }
     // The stick is the visitor's: a link there is replaced, never written through.
     std::string cause;
-    if (!CopyFile(m_logPath, onStick, &cause, eCopyDestination::ReplaceLink)) {
+    if (!CopyFile(m_logPath, onStick, &cause, SCopyOptions{eCopyDestination::ReplaceLink, nullptr})) {
         SayWhy("log not copied", cause);
         ShowCode(eCodeLogCopy);
         return false;

@@ -7,13 +7,16 @@
 
 #include <atomic>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 
 #include "foundation/InstrumentEnums.h"
 #include "foundation/TextFile.h"
 #include "log/InstrumentLog.h"
+#include "update/UpdateManifest.h"
 
 // Matches the instrument's update log files in the application folder.
 inline constexpr const char kLogFilePattern[] = "*.log";
@@ -46,10 +49,11 @@ enum eUpdateStepCode {
     eCodeLinkUnreadable = 16,
     eCodeLinkNotCurrent = 17,
     eCodeOperatingSystem = 18,
+    eCodeNotSigned = 19,
 };
 
-// "Disk error... (04)": text 168, three dots, a blank and the code in parentheses.
-std::string FormatStepCode(int code);
+// "Disk error... (04)": text 168 (or another), three dots, a blank and the code in parentheses.
+std::string FormatStepCode(int code, uint32_t textId = 168);
 // The backup name's time stamp from a modification time: DDMMYYYY_HHMM, local time.
 std::string FormatBackupTimeStamp(time_t modificationTime);
 // The log file's place on the stick: the mount point and the log path from its last "\" on,
@@ -74,6 +78,9 @@ public:
     bool RunUpdateProcedure();
 
     bool OpenUpdateLog();
+    // With the maker's key on the instrument: the stick's manifest is signed by it, for this
+    // product, and lists every file the update will use as it is. Without a key: nothing at all.
+    bool CheckUpdateSignature();
     bool CopyAuxiliaryFiles();
     bool CheckSystemLibraryLink();
     bool IsSystemLibraryCurrent();
@@ -81,6 +88,8 @@ public:
     bool BackUpOldVersion();
     bool InstallNewVersion();
     bool InstallFontPackage();
+    // After a signed update: the manifest accepted, kept in the code folder.
+    bool RecordSignedRelease();
     bool FinishUpdateLog();
     // With reboot suppression: "Done..." and true; otherwise asks the privileged tool to reboot
     // and answers false.
@@ -115,6 +124,17 @@ private:
     void SayWhy(const std::string& what, const std::string& cause);
     bool IsUpdateLogCandidate(const std::string& path);
     bool FontPackageRefused(const std::string& copied, const std::string& cause);
+    bool SignatureRefused(const std::string& reason, const std::string& file);
+    // What the manifest says a file holds; null when the update is not signed.
+    const SFileContent* Expected(const std::string& manifestPath) const;
+    bool MatchesManifest(const std::string& manifestPath, const std::string& path);
+    // Hashes the new build during the first status's pause, where the instrument holds a key: the
+    // check then finds the digests ready. A file changed since is hashed again.
+    void StartHashingAhead();
+    void StopHashingAhead();
+    // A copy checked against the manifest; one that came out otherwise is a signature failure.
+    bool CopyChecked(const std::string& from, const std::string& to, const std::string& manifestPath,
+                     std::string& cause, bool& refused);
     bool RunPrivileged(const std::string& command);
 
     std::mutex m_screenMutex;
@@ -127,6 +147,15 @@ private:
     std::atomic<eUpdateCommandLineSpecialCmdParamCmd> m_specialCommand{0};
     unsigned m_pauseMs = 2000;
     CLogClient m_log;
+    bool m_signed = false;
+    CUpdateManifest m_manifest;
+    std::string m_manifestBytes, m_signatureBytes;
+    struct SHashedAhead {
+        std::string identity;  // device, inode, size and times when it was hashed
+        SFileContent content;
+    };
+    std::thread m_hashing;
+    std::map<std::string, SHashedAhead> m_hashedAhead;  // by path; written by m_hashing until joined
 };
 
 // The worker thread's function. Its argument is a heap-allocated

@@ -23,6 +23,7 @@ sys.path.insert(0, os.path.join(REPO, "tools"))
 sys.path.insert(0, HERE)
 import sandbox_run  # noqa: E402
 import update_e2e as e2e  # noqa: E402
+import signed_e2e  # noqa: E402  (keys and signing of simulated sticks)
 from update_e2e import check  # noqa: E402
 
 OLD_SYSTEM = os.path.join(REPO, "tools", "old-system-root")
@@ -73,13 +74,13 @@ def own_runtime_only(run):
           "the shell command's environment carries the runtime: %s" % env)
 
 
-def ended(status, log, expected, privileged, more=None):
+def ended(status, log, expected, privileged, more=None, also=()):
     def expect(run):
         statuses = run.statuses()
         check(statuses and statuses[0] == "Copying files..." and statuses[-1] == status,
               "statuses %r, expected ... %r" % (statuses, status))
         e2e.log_is(run, log)
-        e2e.files_as(run, expected)
+        e2e.files_as(run, expected, also)
         rebooted = os.path.exists(os.path.join(run.root, "record", "reboot"))
         check(rebooted == (status == e2e.SUCCESS), "the reboot was%s asked for" % ("" if rebooted else " not"))
         check(run.privileged() == privileged, "privileged commands %r" % run.privileged())
@@ -122,6 +123,12 @@ add("code_17_18", "a relative runtime link and no runtime on the stick: 17, then
 add("link_to_absent_6022", "the link names a runtime 6.0.22 that is not there (right after the OS update)",
     ended(e2e.SUCCESS, e2e.DONE_LOG, e2e.DONE, ["reboot"], own_runtime_only),
     setup=e2e.gone("/usr/lib/i386-linux-gnu/libstdc++.so.6.0.22"))
+RECORD = "/home/vtx/Code/release.manifest"
+add("signed_update", "the maker's key provisioned and the stick signed with it: checked, installed, recorded",
+    ended(e2e.SUCCESS, ["*** Checking update signature ***", "signed release 2.1 accepted"] + e2e.CURRENT + e2e.INSTALL
+          + ["release 2.1 recorded in " + RECORD, "P Application started"], e2e.DONE, ["reboot"], own_runtime_only,
+          also=[RECORD, RECORD + ".minisig"]),
+    setup=e2e.both(signed_e2e.provisioned("maker"), signed_e2e.signed()))
 add("runtime_damaged", "a library of the program's runtime folder missing: the loader refuses, exit status 127",
     refused, setup=whiteout(RUNTIME + "libwx_baseu-3.2.so.0"))
 

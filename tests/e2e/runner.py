@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """End-to-end scenarios: the delivered program in the instrument sandbox on a private Xvfb display,
 checked for what a service engineer would look at once the update has come to an end. Runs the
-scenarios of every scenario file (update_e2e.py, faults_e2e.py, powerloss_e2e.py, user_e2e.py, hostile_e2e.py), which import
+scenarios of every scenario file (update_e2e.py, faults_e2e.py, powerloss_e2e.py, user_e2e.py, hostile_e2e.py, signed_e2e.py), which import
 only update_e2e and tools/sandbox_run.py, never this runner.
 
     runner.py --list | --program build/update [--keep] [SCENARIO...]
@@ -16,6 +16,7 @@ import tempfile
 
 import faults_e2e  # noqa: F401  (registers its scenarios)
 import hostile_e2e  # noqa: F401
+import signed_e2e  # noqa: F401
 import powerloss_e2e  # noqa: F401
 import user_e2e  # noqa: F401
 from update_e2e import SCENARIOS, Failure, cannot_start, check, execute, names_its_build, on_the_sheet, paused, prepare

@@ -52,10 +52,11 @@ TEST(InstrumentLanguageLookup, IdsAndLanguagesOfEveryRange) {
         const char* text;
     } cases[] = {
         // clang-format off
-        {0, 3, ""}, {651, 8, ""}, {0xFFFFFFFFu, 0, ""},             // no text: the empty one
+        {0, 3, ""}, {652, 8, ""}, {0xFFFFFFFFu, 0, ""},             // no text: the empty one
         {568, 8, "Signal"}, {650, 9, "Wrong text!"},                // developer texts in every language
         {417, 10, "Software upgrade in progress"}, {417, -1, "Software upgrade in progress"},
         {422, 7, "Upgrade erfolgreich"},
+        {651, 7, "Upgrade nicht für dieses Gerät signiert"}, {651, 10, "Update not signed for this instrument"},
         // Each language value reads its own table.
         {1, 0, "Language"}, {1, 1, "Sprog"}, {1, 2, "Språk"}, {1, 3, "Lingua"}, {1, 4, "Taal"},
         {1, 5, "Langue"}, {1, 6, "Idioma"}, {1, 7, "Sprache"}, {1, 8, "言語"}, {1, 9, "语言"},
@@ -95,7 +96,8 @@ TEST(InstrumentLanguageLookup, PellamAndTandemInstruments) {
         // Pellam's English in every language, its developer range empty.
         {eInstrumentPellamZento, 1, 0x001,
          {{21, 0, "Patient name"}, {21, 7, "Patient name"}, {21, 255, "Patient name"}, {558, 9, ""}, {567, 255, ""},
-          {234, 9, "Analyzer calibrated successfully"}, {431, 7, service}, {650, 9, "Wrong text!"}}},
+          {234, 9, "Analyzer calibrated successfully"}, {431, 7, service}, {650, 9, "Wrong text!"},
+          {651, 8, "Update not signed for this instrument"}}},
         {eInstrumentLumetTandem, 2, 0x041, {{21, 0, "Sample ID"}}},
     };
     for (const auto& c : cases) {

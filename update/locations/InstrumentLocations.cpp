@@ -67,6 +67,10 @@ std::string GetNewBuildFolder() { return Join(GetApplicationFolder(), GetNewBuil
 std::string GetBackupFolder() { return Join(GetApplicationFolder(), "Old"); }
 std::string GetUsbUpdateFolder() { return Join(GetUsbMountPoint(), GetUpdateFolderName()); }
 std::string GetChineseVariantMarker() { return Root("opt", "librime") + Separator(); }
+std::string GetUpdateManifest() { return Join(GetUsbUpdateFolder(), "manifest"); }
+std::string GetUpdateManifestSignature() { return GetUpdateManifest() + ".minisig"; }
+std::string GetReleaseRecord() { return Join(GetApplicationFolder(), "release.manifest"); }
+std::string GetUpdateKeysFolder() { return Join(Root("etc", "vtx"), "update-keys"); }
 
 std::string GetRuntimeLibraryFolder() { return Join(Root("usr", "lib"), "i386-linux-gnu"); }
 std::string GetRuntimeLibraryLinkName() { return "libstdc++.so.6"; }

@@ -55,6 +55,11 @@ std::string GetNewBuildFolder();       // "/home/vtx/Code/NEW"
 std::string GetBackupFolder();         // "/home/vtx/Code/Old"
 std::string GetUsbUpdateFolder();      // "/media/usb/update"
 std::string GetChineseVariantMarker(); // "/opt/librime/", a folder that exists on Chinese instruments
+// Signed updates.
+std::string GetUpdateManifest();          // "/media/usb/update/manifest"
+std::string GetUpdateManifestSignature(); // that, ".minisig"
+std::string GetReleaseRecord();           // "/home/vtx/Code/release.manifest", the release installed last
+std::string GetUpdateKeysFolder();        // "/etc/vtx/update-keys", in the read-only root image
 
 // The operating system's runtime library, and the root image it is installed from.
 std::string GetRuntimeLibraryFolder(); // "/usr/lib/i386-linux-gnu"

@@ -3,6 +3,7 @@
 #include "foundation/DebugTrace.h"
 #include "foundation/GuiHandOff.h"
 #include "foundation/TextFile.h"
+#include "update/os/InputChecks.h"
 #include "update/os/ShellCommands.h"
 #include "update/os/SiteConfiguration.h"
 #include "update/locations/InstrumentLocations.h"
@@ -14,7 +15,6 @@
 
 #include <X11/Xlib.h>
 #include <fcntl.h>
-#include <dirent.h>
 #include <glob.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -31,6 +31,7 @@
 #include <vector>
 
 const char* const kPartialCopyName = ".vtx-partial-copy";
+const char* const kCopyContentDiffers = "the copy differs from the file checked: ";
 
 namespace {
 
@@ -142,8 +143,17 @@ bool SyncToDisk(const std::string& path, int flags) {
     return synced;
 }
 
-bool CopyInto(const std::string& from, const std::string& to, bool replaceLink, std::string& destination,
-              std::string& cause) {
+// The copy holds what was expected (when something is).
+bool HoldsExpected(const std::string& copy, const SFileContent* expected, std::string& cause) {
+    if (expected == nullptr) return true;
+    SFileContent content;
+    if (DigestFile(copy, content, cause) && content == *expected) return true;
+    cause = kCopyContentDiffers + copy;
+    return false;
+}
+
+bool CopyInto(const std::string& from, const std::string& to, bool replaceLink, const SFileContent* expected,
+              std::string& destination, std::string& cause) {
     if (!IsCopySource(from, cause) || !CopyDestination(from, to, replaceLink, destination, cause)) return false;
     struct stat old {};
     const bool exists = lstat(destination.c_str(), &old) == 0;
@@ -161,17 +171,20 @@ bool CopyInto(const std::string& from, const std::string& to, bool replaceLink, 
     }
     if (replaces && !CanReplaceBeside(folder, old)) {
         // As cp does it, in place: a power cut now leaves the file in part (see the power-loss notes).
+        // What differs is found only once it is written.
         cause = "cp into " + destination + " failed";
-        return RunShellCommand(NS_ShellCommand::Copy(from, destination)) == 0 && SyncToDisk(destination, O_RDONLY);
+        return RunShellCommand(NS_ShellCommand::Copy(from, destination)) == 0 && SyncToDisk(destination, O_RDONLY) &&
+               HoldsExpected(destination, expected, cause);
     }
     const std::string partial = JoinPath(folder, kPartialCopyName);
     // Whatever an earlier power cut left under the partial name goes first.
     unlink(partial.c_str());
+    cause = "copy to " + partial + " failed";
     const bool copied = RunShellCommand(NS_ShellCommand::Copy(from, partial)) == 0 &&
+                        HoldsExpected(partial, expected, cause) &&
                         TakeOverAndFlush(partial, replaces ? &old : nullptr) &&
                         rename(partial.c_str(), destination.c_str()) == 0;
     if (!copied) {
-        cause = "copy to " + partial + " failed";
         unlink(partial.c_str());
         return false;
     }
@@ -206,18 +219,8 @@ bool OnGuiThread(Call call) {
 // left, as a pattern "*" would leave them, so a folder holding one is not removed and the caller
 // learns that something is left.
 bool RemoveInside(int folder) {
-    const int listing = dup(folder);
-    DIR* dir = listing >= 0 ? fdopendir(listing) : nullptr;
-    if (dir == nullptr) {
-        if (listing >= 0) close(listing);
-        return false;
-    }
     std::vector<std::string> names;
-    while (const dirent* entry = readdir(dir)) {
-        if (entry->d_name[0] != '.') names.emplace_back(entry->d_name);
-    }
-    closedir(dir);
-    std::sort(names.begin(), names.end());
+    if (!FolderNames(folder, false, names)) return false;
     bool removed = true;
     for (const std::string& name : names) {
         struct stat status {};
@@ -353,11 +356,33 @@ SFirmwareIdentification GetFirmwareIdentification() {
     return id;
 }
 
-bool CopyFile(const std::string& from, const std::string& to, std::string* cause, eCopyDestination how) {
+bool CopyFile(const std::string& from, const std::string& to, std::string* cause, const SCopyOptions& options) {
     std::string why, destination;
-    const bool copied = CopyInto(from, to, how == eCopyDestination::ReplaceLink, destination, why);
+    const bool copied = CopyInto(from, to, options.how == eCopyDestination::ReplaceLink, options.expected,
+                                 destination, why);
     if (!copied && cause != nullptr) *cause = why;
     return copied;
+}
+
+bool WriteFileWhole(const std::string& path, const std::string& bytes, std::string& cause) {
+    const std::string folder = FolderOf(path), partial = JoinPath(folder, kPartialCopyName);
+    unlink(partial.c_str());
+    const int fd = open(partial.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    size_t written = 0;
+    while (fd >= 0 && written < bytes.size()) {
+        const ssize_t n = write(fd, bytes.data() + written, bytes.size() - written);
+        if (n <= 0) break;
+        written += static_cast<size_t>(n);
+    }
+    const bool whole = fd >= 0 && written == bytes.size() && fsync(fd) == 0;
+    if (fd >= 0) close(fd);
+    if (!whole || rename(partial.c_str(), path.c_str()) != 0) {
+        cause = path + ": " + std::strerror(errno);
+        unlink(partial.c_str());
+        return false;
+    }
+    SyncToDisk(folder, O_RDONLY | O_DIRECTORY);
+    return true;
 }
 
 bool FlushFileToDisk(const std::string& path) { return SyncToDisk(path, O_RDONLY); }

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string>
 
+#include "update/os/FileDigest.h"
+
 // Date and time as the instrument's clock setting hands it over.
 struct SInstrumentDateTime {
     uint16_t year = 0;
@@ -52,6 +54,15 @@ enum class eCopyDestination {
     ReplaceLink,  // the link itself is replaced by the copy: it is never written through
 };
 
+struct SCopyOptions {
+    eCopyDestination how = eCopyDestination::FollowLinks;
+    // What the copy must hold, checked on the copy itself before it takes the destination's name:
+    // a stick may answer a second read differently from the first.
+    const SFileContent* expected = nullptr;
+};
+// The start of the cause of a copy that did not hold what was expected.
+extern const char* const kCopyContentDiffers;
+
 // Copies with cp through the shell (the paths may hold any character) as "cp from to" would, into
 // "to" or, when "to" is a folder, into the file of from's name inside it. A power cut never leaves
 // part of a file under that name: cp writes kPartialCopyName in the same folder, which is flushed
@@ -65,9 +76,12 @@ enum class eCopyDestination {
 // (a FIFO, a device, a folder), a destination link that leads nowhere, the same file on both
 // sides. cause, when given, says why a copy failed.
 bool CopyFile(const std::string& from, const std::string& to, std::string* cause = nullptr,
-              eCopyDestination how = eCopyDestination::FollowLinks);
+              const SCopyOptions& options = SCopyOptions());
 // ".vtx-partial-copy": hidden, so no pattern of the update ("*.log", "Application_*") matches it.
 extern const char* const kPartialCopyName;
+// Writes bytes as the whole file at path, which a power cut leaves as it was or as written: the
+// bytes go to a partial file beside it, flushed, then renamed over it.
+bool WriteFileWhole(const std::string& path, const std::string& bytes, std::string& cause);
 // fsync of one file; false when it cannot be opened or flushed.
 bool FlushFileToDisk(const std::string& path);
 // sync(): everything written so far goes to its disk, the USB stick included.

@@ -2,6 +2,7 @@
 
 #include "update/locations/InstrumentLocations.h"
 
+#include <dirent.h>
 #include <elf.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,6 +12,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -185,4 +187,91 @@ bool IsRuntimeLibraryImage(const std::string& image, const std::string& soname, 
         return true;
     }
     return false;
+}
+
+bool ReadInputFile(const std::string& path, const std::string& linkTree, size_t largest, std::string& bytes,
+                   std::string& cause) {
+    if (!IsReadableInput(path, linkTree, cause)) return false;
+    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    struct stat status {};
+    if (fd < 0 || fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+        cause = fd < 0 ? std::strerror(errno) : "not a regular file";
+        if (fd >= 0) close(fd);
+        return false;
+    }
+    bytes.clear();
+    std::string piece(size_t{64} * 1024, '\0');
+    ssize_t got = 0;
+    while (bytes.size() <= largest && (got = read(fd, &piece[0], piece.size())) > 0)
+        bytes.append(piece, 0, static_cast<size_t>(got));
+    close(fd);
+    if (got < 0) cause = "cannot be read";
+    if (bytes.size() > largest) cause = "too large";
+    return got >= 0 && bytes.size() <= largest;
+}
+
+bool FolderNames(int folder, bool hidden, std::vector<std::string>& names) {
+    names.clear();
+    // The stream gets a descriptor of its own: the caller keeps working relative to folder.
+    const int listing = dup(folder);
+    DIR* dir = listing >= 0 ? fdopendir(listing) : nullptr;
+    if (dir == nullptr) {
+        if (listing >= 0) close(listing);
+        return false;
+    }
+    while (const dirent* entry = readdir(dir)) {
+        const bool dots = std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0;
+        if (!dots && (hidden || entry->d_name[0] != '.')) names.emplace_back(entry->d_name);
+    }
+    closedir(dir);
+    std::sort(names.begin(), names.end());
+    return true;
+}
+
+namespace {
+
+bool ListInside(int folder, const std::string& prefix, std::vector<std::string>& files, std::string& cause) {
+    std::vector<std::string> names;
+    if (!FolderNames(folder, true, names)) {
+        cause = "cannot be read: " + prefix;
+        return false;
+    }
+    for (const std::string& name : names) {
+        struct stat status {};
+        const std::string path = prefix + name;
+        if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+            cause = "cannot be read: " + path;
+            return false;
+        }
+        if (S_ISREG(status.st_mode)) {
+            files.push_back(path);
+        } else if (S_ISDIR(status.st_mode)) {
+            const int inner = openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+            const bool listed = inner >= 0 && ListInside(inner, path + "/", files, cause);
+            if (inner >= 0) close(inner);
+            if (!listed) {
+                if (inner < 0) cause = "cannot be read: " + path;
+                return false;
+            }
+        } else {
+            cause = "not a regular file: " + path;
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+bool ListRegularFiles(const std::string& folder, std::vector<std::string>& files, std::string& cause) {
+    files.clear();
+    const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0) {
+        cause = "cannot be read: " + folder;
+        return false;
+    }
+    const bool listed = ListInside(fd, folder + "/", files, cause);
+    close(fd);
+    for (std::string& file : files) file.erase(0, folder.size() + 1);
+    return listed;
 }

@@ -3,7 +3,9 @@
 // opened, its kind is judged, so that a FIFO is never waited on, a device never read and a link
 // never leads the update out of the tree the file came from.
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 // The name is taken by nothing at all (not even a dangling link).
 bool IsAbsent(const std::string& path);
@@ -27,3 +29,17 @@ bool IsReadableInput(const std::string& path, const std::string& linkTree, std::
 bool IsRuntimeLibrary(const std::string& path, const std::string& soname, std::string& cause);
 // The same check on a file's bytes (no type of file to judge).
 bool IsRuntimeLibraryImage(const std::string& bytes, const std::string& soname, std::string& cause);
+
+// The bytes of a small input (a manifest, a signature), judged as IsReadableInput judges it; more
+// than largest bytes is refused.
+bool ReadInputFile(const std::string& path, const std::string& linkTree, size_t largest, std::string& bytes,
+                   std::string& cause);
+
+// The names in an open folder, sorted, without "." and ".."; names starting with "." only with
+// hidden. False when the folder cannot be read.
+bool FolderNames(int folder, bool hidden, std::vector<std::string>& names);
+
+// Every regular file below folder, by its path relative to it, hidden ones too; no link is
+// followed. False at the first entry that is neither a folder nor a regular file, or cannot be
+// read, with cause "why: full path".
+bool ListRegularFiles(const std::string& folder, std::vector<std::string>& files, std::string& cause);

@@ -59,8 +59,14 @@ TEST(ComputerControlFiles, CopyGoesThroughALinkIntoAFolderAndFailsWithoutATrace)
     EXPECT_FALSE(CopyFile(folder / "new", folder / "dangling"));
     EXPECT_FALSE(CopyFile(folder / "target", folder / "link"));
     EXPECT_FALSE(Exists(folder / "from-fifo") || Exists(folder / "nowhere"));
+    // A stick that answers a second read otherwise: the copy that differs never takes the name.
+    const SFileContent checked = DigestBytes("checked");
+    std::string cause;
+    EXPECT_FALSE(CopyFile(folder / "new", folder / "target", &cause, SCopyOptions{eCopyDestination::FollowLinks, &checked}));
+    EXPECT_EQ(cause.rfind(kCopyContentDiffers, 0), 0u);
+    EXPECT_EQ(ReadFile(folder / "target"), "new");
     // The stick's way: the link itself gives way to the copy.
-    EXPECT_TRUE(CopyFile(folder / "new", folder / "dangling", nullptr, eCopyDestination::ReplaceLink));
+    EXPECT_TRUE(CopyFile(folder / "new", folder / "dangling", nullptr, SCopyOptions{eCopyDestination::ReplaceLink, nullptr}));
     EXPECT_EQ(ReadFile(folder / "dangling"), "new");
     EXPECT_FALSE(Exists(folder / kPartialCopyName));
 }
