@@ -180,11 +180,11 @@ for _name, _doc, _setup, _cause in [
          "member /home/vtx/Code/settings.vtx lies outside jfonts/"),
         ("dot_dot", "a font package climbing out with ..", tgz(("jfonts/../Code/zz.log", b"x")),
          "member jfonts/../Code/zz.log lies outside jfonts/"),
-        ("symlink", "a font package with a link to the code folder", tgz(("jfonts/a.ttf", b"f"), ("jfonts/c", CODE)),
+        ("member_link", "a font package with a link to the code folder", tgz(("jfonts/a.ttf", b"f"), ("jfonts/c", CODE)),
          "member jfonts/c is not a file or folder"),
-        ("fifo", "a font package with a FIFO", tgz(("jfonts/a.ttf", b"f"), ("jfonts/p", b""), kind=tarfile.FIFOTYPE),
+        ("member_fifo", "a font package with a FIFO", tgz(("jfonts/a.ttf", b"f"), ("jfonts/p", b""), kind=tarfile.FIFOTYPE),
          "member jfonts/p is not a file or folder"),
-        ("hard_link", "a font package with a hard link", tgz(("jfonts/a.ttf", b"f"), ("jfonts/h", b""),
+        ("member_hard_link", "a font package with a hard link", tgz(("jfonts/a.ttf", b"f"), ("jfonts/h", b""),
                                                              kind=tarfile.LNKTYPE), "member jfonts/h is not a file or folder"),
         ("bomb", "a font package that unpacks to 200 MiB on a 32 MiB home disk",
          made(STICK + "/jfonts.tgz", lambda: package(("jfonts/zero.ttf", bytes(200 << 20)))), "bytes free")]:
@@ -195,7 +195,7 @@ row("fonts_tar_fails", "tar ends with an error and prints nothing", FONTS_UNPACK
 
 # ---- the runtime that root would install into the root image
 for _name, _data, _cause in BAD_RUNTIME:
-    row("runtime_" + _name, "a replacement runtime that is %s" % _cause, "Disk error... (18)", put(RUNTIME, _data),
+    row("runtime_" + _name, "a replacement runtime refused as %s" % _cause, "Disk error... (18)", put(RUNTIME, _data),
         more=log_line("FAIL - runtime on USB refused: " + _cause), layout=["--link", "wrong"])
 row("runtime_link", "the replacement runtime is a link to a file only root may read", "Disk error... (18)",
     link(RUNTIME, "/mnt/root-ro/etc/shadow"), more=log_line("FAIL - runtime on USB refused: a link"),
