@@ -3,11 +3,14 @@
 #
 #   a commit tagged vX.Y.Z          X.Y.Z
 #   N commits after that tag        X.Y.Z+N.g<commit>
-#   no tag yet                      <VERSION>+N.g<commit>   (N: the commits up to HEAD)
+#   no tag yet                      <VERSION>~dev.N.g<commit>   (N: the commits up to HEAD)
 #   uncommitted changes             the same, with .dirty
-#   no history (a source copy)      $VTX_BUILD_VERSION if set, else <VERSION>+nogit
+#   no history (a source copy)      $VTX_BUILD_VERSION if set, else <VERSION>~~nogit
 #
-# Every form is a Debian package version that grows with the history. Variables: SOURCE_DIR,
+# Every form is a Debian package version that grows with the history, and dpkg orders them as
+# they were made: a development build before the first tag comes before that release ("~" sorts
+# before the end of a version), a build after a tag after it, and a source copy without history
+# before every build of its version. Variables: SOURCE_DIR,
 # VERSION (the project's; read from CMakeLists.txt when not given), OUT (a C++ source defining the version text, rewritten only when it
 # changes) and TEXT (a file holding the version alone, for the package). Without OUT the version
 # goes to standard output.
@@ -23,7 +26,7 @@ else()
   execute_process(COMMAND ${git} describe --tags --match "v[0-9]*" --long --dirty --always
                   OUTPUT_VARIABLE described RESULT_VARIABLE failed OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
   if(failed OR described STREQUAL "")
-    set(version "${VERSION}+nogit")
+    set(version "${VERSION}~~nogit")
   else()
     set(dirty "")
     if(described MATCHES "-dirty$")
@@ -34,8 +37,10 @@ else()
       set(base "${CMAKE_MATCH_1}")
       set(count "${CMAKE_MATCH_2}")
       set(commit "${CMAKE_MATCH_3}")
+      set(after "+")
     else()
       set(base "${VERSION}")
+      set(after "~dev.")
       set(commit "${described}")
       execute_process(COMMAND ${git} rev-list --count HEAD OUTPUT_VARIABLE count
                       OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
@@ -43,7 +48,7 @@ else()
     if(count STREQUAL "0" AND dirty STREQUAL "")
       set(version "${base}")
     else()
-      set(version "${base}+${count}.g${commit}${dirty}")
+      set(version "${base}${after}${count}.g${commit}${dirty}")
     endif()
   endif()
 endif()

@@ -89,7 +89,7 @@ fi
 # The package names the build it holds: the version the program states on its first console line.
 version=$(dpkg-deb -f "$deb" Version)
 [ "$version" = "$(cat "$build/version.txt" 2>/dev/null)" ] || fail "package version $version, build $(cat "$build/version.txt")"
-[[ $version =~ ^[0-9][0-9.]*(\+([0-9]+\.g[0-9a-f]+(\.dirty)?|nogit))?$ ]] || fail "version $version names no build"
+[[ $version =~ ^[0-9][0-9.]*((\+|~dev\.)[0-9]+\.g[0-9a-f]+(\.dirty)?|~~nogit)?$ ]] || fail "version $version names no build"
 grep -aqF -- "$version" "$program" || fail "the program does not name its version $version"
 dpkg_root -r vtx-update > "$scratch/remove.log" 2>&1 || fail "dpkg could not remove the package"
 [ ! -e "$program" ] && [ ! -e "$root/$runtime" ] || fail "the program is still there after removal"
