@@ -288,6 +288,13 @@ bool CUpdateProcedure::CopyChecked(const std::string& from, const std::string& t
     return false;
 }
 
+bool CUpdateProcedure::CopyFromStick(const std::string& onStick, const std::string& to, std::string& cause,
+                                     bool& refused) {
+    refused = false;
+    return IsReadableInput(onStick, GetUsbMountPoint(), cause) &&
+           CopyChecked(onStick, to, ManifestPathOnStick(onStick), cause, refused);
+}
+
 bool CUpdateProcedure::CheckUpdateSignature() {
     std::vector<SUpdateKey> keys;
     std::string cause;
@@ -374,8 +381,7 @@ bool CUpdateProcedure::CopyAuxiliaryFiles() {
     }
     std::string cause;
     bool refused = false;
-    if (!IsReadableInput(onStick, GetUsbMountPoint(), cause) ||
-        !CopyChecked(onStick, onInstrument, ManifestPathOnStick(onStick), cause, refused)) {
+    if (!CopyFromStick(onStick, onInstrument, cause, refused)) {
         if (refused) return false;
         SayWhy("auxiliary file not copied", cause);
         // "auxillary" is how service staff have always searched the logs for this step.
@@ -522,8 +528,7 @@ bool CUpdateProcedure::InstallFontPackage() {
     WritePrefixedLine(" Copying " + package + " to " + home);
     std::string cause;
     bool refused = false;
-    if (!IsReadableInput(package, GetUsbMountPoint(), cause) ||
-        !CopyChecked(package, home, ManifestPathOnStick(package), cause, refused)) {
+    if (!CopyFromStick(package, home, cause, refused)) {
         if (refused) return false;
         SayWhy("font package not copied", cause);
         ShowStatus(GetText(eTextCouldNotCopy) + ": font package");

@@ -135,6 +135,8 @@ private:
     // A copy checked against the manifest; one that came out otherwise is a signature failure.
     bool CopyChecked(const std::string& from, const std::string& to, const std::string& manifestPath,
                      std::string& cause, bool& refused);
+    // A file of the stick, judged by its kind (a link only to a file on the stick), then copied checked.
+    bool CopyFromStick(const std::string& onStick, const std::string& to, std::string& cause, bool& refused);
     bool RunPrivileged(const std::string& command);
 
     std::mutex m_screenMutex;

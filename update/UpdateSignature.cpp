@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sodium.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -74,22 +73,6 @@ bool StartsWith(const std::string& text, const char* head) { return text.compare
 template <size_t N>
 void Take(const std::string& bytes, size_t at, std::array<unsigned char, N>& out) {
     std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), N, out.begin());
-}
-
-bool ReadSmallFile(const std::string& path, std::string& text, std::string& cause) {
-    const int fd = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    struct stat status {};
-    if (fd < 0 || fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) ||
-        static_cast<uint64_t>(status.st_size) > kLargestKeyFile) {
-        cause = fd < 0 ? std::strerror(errno) : "not a key file";
-        if (fd >= 0) close(fd);
-        return false;
-    }
-    text.assign(static_cast<size_t>(status.st_size), '\0');
-    const bool read = status.st_size == 0 || ::read(fd, &text[0], text.size()) == static_cast<ssize_t>(text.size());
-    close(fd);
-    if (!read) cause = "cannot be read";
-    return read;
 }
 
 }  // namespace
@@ -187,7 +170,7 @@ bool LoadUpdateKeys(const std::string& folder, std::vector<SUpdateKey>& keys, st
         std::string text, why;
         SUpdateKey key;
         key.name = path;
-        if (!ReadSmallFile(path, text, why) || !ParseUpdateKey(text, key, why)) {
+        if (!ReadInputFile(path, std::string(), kLargestKeyFile, text, why) || !ParseUpdateKey(text, key, why)) {
             cause = why;
             cause += ": ";
             cause += path;

@@ -40,12 +40,6 @@ const char* const kModule = "ComputerControl";
 std::mutex g_shutdownProgramMutex;
 std::string g_shutdownProgramOverride;
 
-std::string FolderOf(const std::string& path) {
-    const std::string::size_type slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
 // The file that "cp from to" writes: inside "to" when that is a folder, and at the end of a chain
 // of links, which cp follows; a chain that leads nowhere is refused, as cp refuses to write
 // through it. With replaceLink a link in to's place is itself the file written (replaced).
@@ -56,16 +50,9 @@ bool CopyDestination(const std::string& from, const std::string& to, bool replac
     if (replaceLink && lstat(to.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) return true;
     if (stat(to.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
         destination = JoinPath(to, from.substr(from.rfind('/') + 1));
-    bool linked = false;
-    for (int hops = 0; hops < 40; ++hops) {
-        char target[4096];
-        const ssize_t length = readlink(destination.c_str(), target, sizeof target - 1);
-        if (length <= 0) break;
-        target[length] = '\0';
-        destination = target[0] == '/' ? std::string(target) : JoinPath(FolderOf(destination), target);
-        linked = true;
-    }
-    if (linked && lstat(destination.c_str(), &status) != 0) {
+    if (lstat(destination.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return true;
+    destination = ResolvedPath(destination);
+    if (destination.empty() || lstat(destination.c_str(), &status) != 0) {
         cause = "not writing through the dangling link " + to;
         return false;
     }

@@ -17,12 +17,6 @@
 
 namespace {
 
-std::string FolderOf(const std::string& path) {
-    const std::string::size_type slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
 // "." and ".." taken out without looking at the disk: for a folder that does not exist.
 std::string Normalised(const std::string& path) {
     std::vector<std::string> parts;
@@ -52,12 +46,6 @@ std::string RealFolder(const std::string& folder) {
     const std::string::size_type slash = folder.rfind('/');
     const std::string parent = slash == 0 ? "/" : folder.substr(0, slash);
     return Normalised(RealFolder(parent) + "/" + folder.substr(slash + 1));
-}
-
-bool ReadAt(int fd, std::string& out, uint64_t offset, uint64_t size) {
-    out.assign(static_cast<size_t>(size), '\0');
-    return size == 0 ||
-           pread(fd, &out[0], static_cast<size_t>(size), static_cast<off_t>(offset)) == static_cast<ssize_t>(size);
 }
 
 template <class T>
@@ -98,6 +86,12 @@ bool SonameOf(const std::string& image, std::string& soname) {
 }
 
 }  // namespace
+
+std::string FolderOf(const std::string& path) {
+    const std::string::size_type slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
 
 bool IsAbsent(const std::string& path) {
     struct stat status {};
@@ -154,15 +148,10 @@ bool IsReadableInput(const std::string& path, const std::string& linkTree, std::
 
 bool IsRuntimeLibrary(const std::string& path, const std::string& soname, std::string& cause) {
     if (!IsReadableInput(path, std::string(), cause)) return false;
-    const int fd = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    struct stat status {};
-    std::string image;
     // Far larger than any runtime: not read into memory.
-    constexpr off_t kLargest = 64 << 20;
-    const bool read = fd >= 0 && fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= kLargest &&
-                      ReadAt(fd, image, 0, static_cast<uint64_t>(status.st_size));
-    if (fd >= 0) close(fd);
-    if (!read) {
+    constexpr size_t kLargest = size_t{64} << 20;
+    std::string image;
+    if (!ReadInputFile(path, std::string(), kLargest, image, cause)) {
         cause = "cannot be read";
         return false;
     }

@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+// The folder part of a path ("." without one, "/" for a name in the root).
+std::string FolderOf(const std::string& path);
+
 // The name is taken by nothing at all (not even a dangling link).
 bool IsAbsent(const std::string& path);
 
