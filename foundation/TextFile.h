@@ -92,13 +92,17 @@ public:
         m_stream.seekp(0, std::ios::end);
         m_stream.write(text.data(), static_cast<std::streamsize>(text.size()));
     }
-    // The text, then CR and LF; flushed, so that a power loss keeps every finished line.
-    void WriteLine(const String& text) {
-        if (!m_open) return;
+    // The text, then CR and LF, handed to the operating system: a crash of the program keeps every
+    // finished line, a power cut only what the system has written to the disk by then (nothing
+    // here asks it to). False when the file is not open or the stream has failed (a full disk),
+    // now or before: a failed stream writes nothing more.
+    bool WriteLine(const String& text) {
+        if (!m_open) return false;
         Write(text);
         m_stream.put(Char(13));
         m_stream.put(Char(10));
         m_stream.flush();
+        return m_stream.good();
     }
     // False when the file was not open or a write or the close failed.
     bool Close() {

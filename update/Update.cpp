@@ -1,10 +1,5 @@
 #include "update/Update.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -14,11 +9,7 @@
 #include "foundation/InstrumentTime.h"
 #include "language/InstrumentLanguage.h"
 #include "language/LanguageTables.h"
-#include "update/os/ComputerControl.h"
-#include "update/os/FileInfo.h"
-#include "update/os/FontPackage.h"
-#include "update/os/InputChecks.h"
-#include "update/UpdateSignature.h"
+#include "update/InstrumentSystem.h"
 #include "update/os/ShellCommands.h"
 #include "update/ConsoleLines.h"
 #include "update/locations/InstrumentLocations.h"
@@ -44,25 +35,6 @@ enum : uint32_t {
 // home folder, never the stick a second time.
 constexpr char kCheckedRuntimeName[] = ".vtx-checked-runtime";
 
-// The runtime link's target, or false when it cannot be read.
-bool ReadLinkTarget(std::string& target) {
-    char buffer[512];
-    const ssize_t length = readlink(GetRuntimeLibraryLink().c_str(), buffer, sizeof(buffer) - 1);
-    if (length < 0) return false;
-    buffer[length] = '\0';
-    target.assign(buffer, static_cast<size_t>(length));
-    return true;
-}
-
-// What tells a file apart from the same name holding other bytes later.
-std::string FileIdentity(const std::string& path) {
-    struct stat status {};
-    if (lstat(path.c_str(), &status) != 0) return std::string();
-    return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) + ":" + std::to_string(status.st_size) +
-           ":" + std::to_string(status.st_mtim.tv_sec) + "." + std::to_string(status.st_mtim.tv_nsec) + ":" +
-           std::to_string(status.st_ctim.tv_sec) + "." + std::to_string(status.st_ctim.tv_nsec);
-}
-
 // A file's path in the manifest: on the stick from its top, in the new-build folder from "NEW/".
 std::string ManifestPathOnStick(const std::string& path) { return path.substr(GetUsbMountPoint().size() + 1); }
 
@@ -72,6 +44,14 @@ std::string InstrumentPathOf(const std::string& manifestPath) {
         return JoinPath(GetNewBuildFolder(), manifestPath.substr(prefix.size()));
     return JoinPath(GetUsbMountPoint(), manifestPath);
 }
+
+template <class Action>
+struct SAtScopeEnd {
+    Action action;
+    ~SAtScopeEnd() { action(); }
+};
+template <class Action>
+SAtScopeEnd(Action) -> SAtScopeEnd<Action>;
 
 }  // namespace
 
@@ -99,11 +79,13 @@ std::string StickPathOfLog(const std::string& logPath) {
     return GetUsbMountPoint() + logPath.substr(separator);
 }
 
-CUpdateProcedure::CUpdateProcedure(CUpdateScreen* screen) : m_screen(screen), m_log("Update") {}
+CUpdateProcedure::CUpdateProcedure(CUpdateScreen* screen, CUpdateSystem* system)
+    : m_system(system != nullptr ? system : &GetInstrumentSystem()), m_screen(screen), m_log("Update") {}
 
 CUpdateProcedure::~CUpdateProcedure() {
     StopHashingAhead();
-    m_logWriter.Close();
+    std::string cause;
+    if (m_logOpen && !m_system->CloseLog(cause)) SayWhy("update log", cause);
 }
 
 void CUpdateProcedure::DetachScreen() {
@@ -140,18 +122,33 @@ void CUpdateProcedure::FillProgress() {
     ShowProgressValue();
 }
 
-void CUpdateProcedure::WriteLine(const std::string& line) { m_logWriter.WriteLine(line); }
+void CUpdateProcedure::WriteLine(const std::string& line) {
+    // A line the log did not take does not stop the update, which the screen reports as the log
+    // cannot: the console says once why the log lacks lines.
+    std::string cause;
+    if (m_logOpen && !m_system->AppendLogLine(line, cause)) SayOnce(m_logWriteFailed, "update log incomplete", cause);
+}
 
-void CUpdateProcedure::WritePrefixedLine(const std::string& text) { m_logWriter.WriteLine(m_logPrefix + text); }
+void CUpdateProcedure::WritePrefixedLine(const std::string& text) { WriteLine(m_logPrefix + text); }
 
 void CUpdateProcedure::SayWhy(const std::string& what, const std::string& cause) {
     m_log.LogEvent(what + ": " + cause);
 }
 
-void CUpdateProcedure::Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(m_pauseMs)); }
+void CUpdateProcedure::SayOnce(bool& said, const std::string& what, const std::string& cause) {
+    if (said) return;
+    said = true;
+    SayWhy(what, cause);
+}
+
+void CUpdateProcedure::Pause() { m_system->Pause(m_pauseMs); }
 
 bool CUpdateProcedure::RunPrivileged(const std::string& command) {
-    return RunShellCommand(NS_ShellCommand::Privileged(command)) == 0;
+    return m_system->RunShellCommand(NS_ShellCommand::Privileged(command)) == 0;
+}
+
+bool CUpdateProcedure::ReadRuntimeLink(std::string& target) {
+    return m_system->ReadLink(GetRuntimeLibraryLink(), target);
 }
 
 bool CUpdateProcedure::RunClosingSequence() {
@@ -182,46 +179,47 @@ bool CUpdateProcedure::RunUpdateProcedure() {
 bool CUpdateProcedure::OpenUpdateLog() {
     if (IsReducedUpdate()) return true;
     const std::string folder = GetApplicationFolder() + GetPathSeparator();
-    CFileInfoArray logs;
-    logs.ScanFolder(folder, kLogFilePattern, false);
-    if (logs.Count() == 0) {
+    std::vector<SFoundLog> logs;
+    const bool scanned = m_system->ScanLogs(GetApplicationFolder(), kLogFilePattern, logs);
+    if (logs.empty()) {
         ShowCode(eCodeNoLogFile, folder);
         return false;
     }
-    if (logs.HadScanError()) {
+    if (!scanned) {
         ShowCode(eCodeLogScan);
         return false;
     }
-    size_t newest = logs.Count();
-    for (size_t i = 0; i < logs.Count(); ++i) {
-        if (!IsUpdateLogCandidate(logs.GetPath(i))) continue;
-        if (newest == logs.Count() || logs.GetLastWriteTime(i).IsLaterThan(logs.GetLastWriteTime(newest))) newest = i;
+    const SFoundLog* newest = nullptr;
+    for (const SFoundLog& log : logs) {
+        if (!IsUpdateLogCandidate(log)) continue;
+        if (newest == nullptr || log.modified > newest->modified) newest = &log;
     }
-    if (newest == logs.Count()) {
+    if (newest == nullptr) {
         ShowCode(eCodeNoLogFile, folder);
         return false;
     }
-    m_logPath = logs.GetPath(newest);
-    if (!m_logWriter.Open(m_logPath, true)) {
+    m_logPath = newest->path;
+    std::string cause;
+    if (!m_system->OpenLog(m_logPath, cause)) {
+        SayWhy("update log not opened", cause);
         ShowCode(eCodeLogOpen);
         return false;
     }
-    m_logPrefix = CInstrumentTime::Now().FormatDateTime(GetSettingDateFormat() == eDateFormatEU);
+    m_logOpen = true;
+    m_logPrefix = m_system->Now().FormatDateTime(GetSettingDateFormat() == eDateFormatEU);
     return true;
 }
 
-bool CUpdateProcedure::IsUpdateLogCandidate(const std::string& path) {
-    struct stat status {};
-    if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return true;
+bool CUpdateProcedure::IsUpdateLogCandidate(const SFoundLog& log) {
     // The log is the code folder's own trace: a link out of it would have every update append to,
     // and copy to the stick, a file of somebody else's. A link into the folder that leads nowhere
     // is still a log: opened for appending, it is made.
-    if (!LiesInside(path, GetApplicationFolder())) {
-        SayWhy("not taken as the update log", path + " leads out of " + GetApplicationFolder());
+    if (log.leadsOutOf) {
+        SayWhy("not taken as the update log", log.path + " leads out of " + GetApplicationFolder());
         return false;
     }
-    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        SayWhy("not taken as the update log", path + " leads to something that is not a regular file");
+    if (log.leadsToOther) {
+        SayWhy("not taken as the update log", log.path + " leads to something that is not a regular file");
         return false;
     }
     return true;
@@ -239,15 +237,15 @@ const SFileContent* CUpdateProcedure::Expected(const std::string& manifestPath) 
 }
 
 void CUpdateProcedure::StartHashingAhead() {
-    if (IsAbsent(GetUpdateKeysFolder()) || IsAbsent(GetNewBuildFolder())) return;
+    if (m_system->IsAbsent(GetUpdateKeysFolder()) || m_system->IsAbsent(GetNewBuildFolder())) return;
     m_hashing = std::thread([this] {
         std::vector<std::string> files;
         std::string cause;
-        ListRegularFiles(GetNewBuildFolder(), files, cause);
+        m_system->ListRegularFiles(GetNewBuildFolder(), files, cause);
         for (const std::string& file : files) {
             const std::string path = JoinPath(GetNewBuildFolder(), file);
-            SHashedAhead hashed{FileIdentity(path), SFileContent()};
-            if (DigestFile(path, hashed.content, cause) && hashed.identity == FileIdentity(path))
+            SHashedAhead hashed{m_system->Identity(path), SFileContent()};
+            if (m_system->DigestFile(path, hashed.content, cause) && hashed.identity == m_system->Identity(path))
                 m_hashedAhead[path] = hashed;
         }
     });
@@ -263,9 +261,9 @@ bool CUpdateProcedure::MatchesManifest(const std::string& manifestPath, const st
     SFileContent content;
     std::string cause;
     const auto ahead = m_hashedAhead.find(path);
-    if (ahead != m_hashedAhead.end() && ahead->second.identity == FileIdentity(path)) {
+    if (ahead != m_hashedAhead.end() && ahead->second.identity == m_system->Identity(path)) {
         content = ahead->second.content;
-    } else if (!DigestFile(path, content, cause)) {
+    } else if (!m_system->DigestFile(path, content, cause)) {
         return SignatureRefused(cause, path);
     }
     if (content != *listed) return SignatureRefused("differs from the manifest", path);
@@ -280,7 +278,7 @@ bool CUpdateProcedure::CopyChecked(const std::string& from, const std::string& t
         refused = true;
         return SignatureRefused("not listed", from);
     }
-    if (CopyFile(from, to, &cause, SCopyOptions{eCopyDestination::FollowLinks, expected})) return true;
+    if (m_system->CopyFile(from, to, cause, SCopyOptions{eCopyDestination::FollowLinks, expected})) return true;
     if (cause.compare(0, std::strlen(kCopyContentDiffers), kCopyContentDiffers) == 0) {
         refused = true;
         return SignatureRefused("changed while copied", from);
@@ -291,14 +289,14 @@ bool CUpdateProcedure::CopyChecked(const std::string& from, const std::string& t
 bool CUpdateProcedure::CopyFromStick(const std::string& onStick, const std::string& to, std::string& cause,
                                      bool& refused) {
     refused = false;
-    return IsReadableInput(onStick, GetUsbMountPoint(), cause) &&
+    return m_system->IsReadableInput(onStick, GetUsbMountPoint(), cause) &&
            CopyChecked(onStick, to, ManifestPathOnStick(onStick), cause, refused);
 }
 
 bool CUpdateProcedure::CheckUpdateSignature() {
     std::vector<SUpdateKey> keys;
     std::string cause;
-    const bool keysRead = LoadUpdateKeys(GetUpdateKeysFolder(), keys, cause);
+    const bool keysRead = m_system->LoadUpdateKeys(GetUpdateKeysFolder(), keys, cause);
     if (keysRead && keys.empty()) return true;
     WriteLine("*** Checking update signature ***");
     if (!keysRead) {
@@ -310,9 +308,9 @@ bool CUpdateProcedure::CheckUpdateSignature() {
     }
     const std::string manifestFile = GetUpdateManifest(), signatureFile = GetUpdateManifestSignature();
     const std::string stick = GetUsbMountPoint();
-    if (!ReadInputFile(manifestFile, stick, CUpdateManifest::kLargestManifest, m_manifestBytes, cause))
+    if (!m_system->ReadInputFile(manifestFile, stick, CUpdateManifest::kLargestManifest, m_manifestBytes, cause))
         return SignatureRefused(cause == "missing" ? "no manifest" : "manifest " + cause, manifestFile);
-    if (!ReadInputFile(signatureFile, stick, 4096, m_signatureBytes, cause))
+    if (!m_system->ReadInputFile(signatureFile, stick, 4096, m_signatureBytes, cause))
         return SignatureRefused(cause == "missing" ? "no signature" : "signature " + cause, signatureFile);
     SUpdateSignature signature;
     if (!ParseUpdateSignature(m_signatureBytes, signature, cause) ||
@@ -325,21 +323,21 @@ bool CUpdateProcedure::CheckUpdateSignature() {
     // Every file listed is there, and every file the update is going to use is listed as it is.
     for (const auto& listed : m_manifest.GetFiles()) {
         const std::string path = InstrumentPathOf(listed.first);
-        if (IsAbsent(path)) return SignatureRefused("listed but missing", path);
+        if (m_system->IsAbsent(path)) return SignatureRefused("listed but missing", path);
     }
     std::vector<std::pair<std::string, std::string>> used;  // manifest path, path
     const std::string auxiliary = JoinPath(GetUsbUpdateFolder(), GetAuxiliaryFileName());
     const std::string fonts = JoinPath(stick, GetFontPackageFileName());
     const std::string runtime = JoinPath(GetUsbUpdateFolder(), GetRuntimeLibraryName());
     std::string target;
-    if (!IsReducedUpdate() && FileExists(auxiliary) && !FileExists(JoinPath(GetApplicationFolder(), GetAuxiliaryFileName())))
+    if (!IsReducedUpdate() && m_system->FileExists(auxiliary) && !m_system->FileExists(JoinPath(GetApplicationFolder(), GetAuxiliaryFileName())))
         used.emplace_back(ManifestPathOnStick(auxiliary), auxiliary);
-    if (!(ReadLinkTarget(target) && target == GetRuntimeLibraryTarget()) && FileExists(runtime))
+    if (!(ReadRuntimeLink(target) && target == GetRuntimeLibraryTarget()) && m_system->FileExists(runtime))
         used.emplace_back(ManifestPathOnStick(runtime), runtime);
-    if (!IsReducedUpdate() && FileExists(fonts) && !FileExists(JoinPath(GetUserHomeFolder(), GetFontPackageFileName())))
+    if (!IsReducedUpdate() && m_system->FileExists(fonts) && !m_system->FileExists(JoinPath(GetUserHomeFolder(), GetFontPackageFileName())))
         used.emplace_back(ManifestPathOnStick(fonts), fonts);
     std::vector<std::string> build;
-    if (!IsAbsent(GetNewBuildFolder()) && !ListRegularFiles(GetNewBuildFolder(), build, cause)) {
+    if (!m_system->IsAbsent(GetNewBuildFolder()) && !m_system->ListRegularFiles(GetNewBuildFolder(), build, cause)) {
         const std::string::size_type split = cause.find(": ");
         return SignatureRefused(cause.substr(0, split), cause.substr(split + 2));
     }
@@ -357,7 +355,7 @@ bool CUpdateProcedure::RecordSignedRelease() {
     if (!m_signed) return true;
     const std::string record = GetReleaseRecord();
     std::string cause;
-    if (WriteFileWhole(record, m_manifestBytes, cause) && WriteFileWhole(record + ".minisig", m_signatureBytes, cause)) {
+    if (m_system->WriteFileWhole(record, m_manifestBytes, cause) && m_system->WriteFileWhole(record + ".minisig", m_signatureBytes, cause)) {
         WriteLine("release " + m_manifest.GetRelease() + " recorded in " + record);
         return true;
     }
@@ -371,11 +369,11 @@ bool CUpdateProcedure::CopyAuxiliaryFiles() {
     if (IsReducedUpdate()) return true;
     const std::string onStick = JoinPath(GetUsbUpdateFolder(), GetAuxiliaryFileName());
     const std::string onInstrument = JoinPath(GetApplicationFolder(), GetAuxiliaryFileName());
-    if (!FileExists(onStick)) {
+    if (!m_system->FileExists(onStick)) {
         WritePrefixedLine(" no zip file on USB");
         return true;
     }
-    if (FileExists(onInstrument)) {
+    if (m_system->FileExists(onInstrument)) {
         WritePrefixedLine(" zip already copied");
         return true;
     }
@@ -396,7 +394,7 @@ bool CUpdateProcedure::CopyAuxiliaryFiles() {
 bool CUpdateProcedure::CheckSystemLibraryLink() {
     WriteLine("*** Performing systems check ***");
     std::string target;
-    if (!ReadLinkTarget(target)) {
+    if (!ReadRuntimeLink(target)) {
         WriteLine("FAIL - cannot read link version");
         WriteLine("Contact service!");
         ShowCode(eCodeLinkUnreadable);
@@ -408,7 +406,7 @@ bool CUpdateProcedure::CheckSystemLibraryLink() {
 
 bool CUpdateProcedure::IsSystemLibraryCurrent() {
     std::string target;
-    if (ReadLinkTarget(target) && target == GetRuntimeLibraryTarget()) {
+    if (ReadRuntimeLink(target) && target == GetRuntimeLibraryTarget()) {
         WriteLine("version is correct, starting normal upgrade procedure");
         return true;
     }
@@ -425,7 +423,7 @@ bool CUpdateProcedure::UpdateOperatingSystem() {
     };
     WriteLine("version incorrect - updating OS");
     const std::string replacement = JoinPath(GetUsbUpdateFolder(), GetRuntimeLibraryName());
-    if (!FileExists(replacement)) return fail("FAIL - no prerequisites on USB");
+    if (!m_system->FileExists(replacement)) return fail("FAIL - no prerequisites on USB");
     // Root makes this file the runtime of every C++ program of the instrument from the next boot
     // on: anything but the library itself would leave an instrument that starts nothing.
     std::string cause, source = replacement;
@@ -440,14 +438,16 @@ bool CUpdateProcedure::UpdateOperatingSystem() {
         source = checked;
     }
     // Whatever the outcome, the checked copy has done its job once root has been asked.
-    const std::unique_ptr<const std::string, void (*)(const std::string*)> removeChecked(
-        m_signed ? &checked : nullptr, [](const std::string* path) { unlink(path->c_str()); });
-    if (!IsRuntimeLibrary(source, GetRuntimeLibraryLinkName(), cause)) {
+    const SAtScopeEnd removeChecked{[&] {
+        std::string left;
+        if (m_signed && !m_system->RemoveFile(checked, left)) SayWhy("checked runtime left in place", left);
+    }};
+    if (!m_system->IsRuntimeLibrary(source, GetRuntimeLibraryLinkName(), cause)) {
         SayWhy("runtime not installed", replacement + ": " + cause);
         return fail("FAIL - runtime on USB refused: " + cause);
     }
     WriteLine("prerequisites exists on USB");
-    if (!FileExists(GetPrivilegedTool())) return fail("FAIL - no prerequisites on disk");
+    if (!m_system->FileExists(GetPrivilegedTool())) return fail("FAIL - no prerequisites on disk");
     WriteLine("prerequisites exists on disk");
     if (!RunPrivileged(NS_ShellCommand::RemountWritable(GetRootImageFolder()))) return fail("FAIL - cannot mount OS");
     WriteLine("remounted OS");
@@ -463,14 +463,13 @@ bool CUpdateProcedure::UpdateOperatingSystem() {
 
 bool CUpdateProcedure::BackUpOldVersion() {
     const std::string application = GetApplicationFile();
-    CFileInfoArray info;
-    if (info.AddFile(application) < 0) {
+    time_t modified = 0;
+    if (!m_system->ModificationTime(application, modified)) {
         ShowCode(eCodeNoApplication);
         return false;
     }
-    const time_t modified = static_cast<time_t>(info.GetLastWriteTime(0).GetValue().GetValue() / 1000);
     const std::string backupFolder = GetBackupFolder();
-    if (!CreateFolder(backupFolder)) {
+    if (!m_system->CreateFolder(backupFolder)) {
         ShowCode(eCodeBackupFolder);
         return false;
     }
@@ -478,7 +477,7 @@ bool CUpdateProcedure::BackUpOldVersion() {
     const std::string backup =
         JoinPath(backupFolder, GetInstrumentApplicationFileName() + "_" + FormatBackupTimeStamp(modified));
     std::string cause;
-    if (!CopyFile(application, backup, &cause)) {
+    if (!m_system->CopyFile(application, backup, cause, SCopyOptions())) {
         SayWhy("no backup made", cause);
         ShowCode(eCodeBackupCopy);
         return false;
@@ -488,19 +487,19 @@ bool CUpdateProcedure::BackUpOldVersion() {
 }
 
 bool CUpdateProcedure::InstallNewVersion() {
-    const bool chinese = FileExists(GetChineseVariantMarker());
+    const bool chinese = m_system->FileExists(GetChineseVariantMarker());
     const std::string fileName = chinese ? GetChineseApplicationFileName() : GetInstrumentApplicationFileName();
     const std::string newBuild = JoinPath(GetNewBuildFolder(), fileName);
     // Judged before the library check reads it: a FIFO there would hold the update for ever. A
     // build that is not there at all goes the way it always went.
     std::string cause;
-    if (!IsAbsent(newBuild) && !IsReadableInput(newBuild, GetNewBuildFolder(), cause)) {
+    if (!m_system->IsAbsent(newBuild) && !m_system->IsReadableInput(newBuild, GetNewBuildFolder(), cause)) {
         SayWhy("new build not installed", newBuild + ": " + cause);
         ShowCode(eCodeInstallCopy);
         return false;
     }
     // The check's sense is inverted and stays so: a zero exit status stops the installation.
-    if (RunShellCommand(NS_ShellCommand::LibraryCheck(newBuild)) == 0) {
+    if (m_system->RunShellCommand(NS_ShellCommand::LibraryCheck(newBuild)) == 0) {
         ShowCode(chinese ? eCodeLibraryCheckChinese : eCodeLibraryCheckStandard);
         return false;
     }
@@ -511,7 +510,7 @@ bool CUpdateProcedure::InstallNewVersion() {
         ShowCode(eCodeInstallCopy);
         return false;
     }
-    if (!RemoveFolderTree(GetNewBuildFolder())) {
+    if (!m_system->RemoveFolderTree(GetNewBuildFolder())) {
         ShowCode(eCodeRemoveNewBuild);
         return false;
     }
@@ -523,8 +522,8 @@ bool CUpdateProcedure::InstallFontPackage() {
     if (IsReducedUpdate()) return true;
     const std::string home = GetUserHomeFolder();
     const std::string package = JoinPath(GetUsbMountPoint(), GetFontPackageFileName());
-    if (!FileExists(package)) return true;
-    if (FileExists(JoinPath(home, GetFontPackageFileName()))) return true;
+    if (!m_system->FileExists(package)) return true;
+    if (m_system->FileExists(JoinPath(home, GetFontPackageFileName()))) return true;
     WritePrefixedLine(" Copying " + package + " to " + home);
     std::string cause;
     bool refused = false;
@@ -539,19 +538,19 @@ bool CUpdateProcedure::InstallFontPackage() {
     // any of it is unpacked. A package refused does not stay, or the next update would take the
     // fonts for installed.
     const std::string copied = JoinPath(home, GetFontPackageFileName());
-    if (!IsUnpackableFontPackage(copied, GetFontFolderName(), AvailableBytes(home), cause))
+    if (!m_system->IsUnpackableFontPackage(copied, GetFontFolderName(), cause))
         return FontPackageRefused(copied, cause);
     bool opened = false;
     int status = -1;
     const std::string printed =
-        RunCommandOutput(NS_ShellCommand::UnpackFontPackage(home, GetFontPackageFileName()), opened, status);
+        m_system->RunCommandOutput(NS_ShellCommand::UnpackFontPackage(home, GetFontPackageFileName()), opened, status);
     if (!opened || !printed.empty()) {
         ShowStatus(GetText(eTextCouldNotCopy) + ": " + printed);
         WritePrefixedLine(" Unpack error : " + printed);
         return false;
     }
     if (status != 0) return FontPackageRefused(copied, "tar ended with status " + std::to_string(status));
-    if (FileExists(GetFontFolder())) return true;
+    if (m_system->FileExists(GetFontFolder())) return true;
     ShowStatus(GetText(eTextCouldNotCopy) + ": font package unpack");
     WritePrefixedLine(" could not unpack font package");
     return false;
@@ -559,7 +558,8 @@ bool CUpdateProcedure::InstallFontPackage() {
 
 bool CUpdateProcedure::FontPackageRefused(const std::string& copied, const std::string& cause) {
     SayWhy("font package not unpacked", cause);
-    if (unlink(copied.c_str()) != 0) SayWhy("font package left in place", copied + ": " + std::strerror(errno));
+    std::string left;
+    if (!m_system->RemoveFile(copied, left)) SayWhy("font package left in place", left);
     ShowStatus(GetText(eTextCouldNotCopy) + ": font package unpack");
     WritePrefixedLine(" font package refused: " + cause);
     WritePrefixedLine(" could not unpack font package");
@@ -569,9 +569,13 @@ bool CUpdateProcedure::FontPackageRefused(const std::string& copied, const std::
 bool CUpdateProcedure::FinishUpdateLog() {
     if (IsReducedUpdate()) return true;
     WritePrefixedLine(" Application started");
-    m_logWriter.Close();
+    // The screen goes on as if the log were whole: the update itself is. The console says why the
+    // copy on the stick may lack this run's lines.
+    std::string cause;
+    if (m_logOpen && !m_system->CloseLog(cause)) SayWhy("update log", cause);
+    m_logOpen = false;
     // The instrument's copy whole on its disk before a copy of it goes to the stick.
-    FlushFileToDisk(m_logPath);
+    if (!m_logPath.empty() && !m_system->FlushFile(m_logPath, cause)) SayWhy("update log", cause);
     if (m_logPath.empty()) {
         ShowCode(eCodeLogPathEmpty);
         return false;
@@ -589,8 +593,7 @@ bool CUpdateProcedure::FinishUpdateLog() {
         return false;
     }
     // The stick is the visitor's: a link there is replaced, never written through.
-    std::string cause;
-    if (!CopyFile(m_logPath, onStick, &cause, SCopyOptions{eCopyDestination::ReplaceLink, nullptr})) {
+    if (!m_system->CopyFile(m_logPath, onStick, cause, SCopyOptions{eCopyDestination::ReplaceLink, nullptr})) {
         SayWhy("log not copied", cause);
         ShowCode(eCodeLogCopy);
         return false;
@@ -605,9 +608,9 @@ bool CUpdateProcedure::RebootInstrument() {
         return true;
     }
     // The installed build and the stick's log go onto their media before the power goes.
-    FlushAllFileSystems();
+    m_system->FlushAllFileSystems();
     m_log.LogEvent("Rebooting the instrument");
-    const int status = RunShellCommand(NS_ShellCommand::PrivilegedReboot());
+    const int status = m_system->RunShellCommand(NS_ShellCommand::PrivilegedReboot());
     // Normally the machine goes down before anyone reads this; when it does not, the console
     // tells the service engineer why the instrument is still on this screen.
     m_log.LogEvent(NS_ConsoleLines::kRebootReturned + std::to_string(status));

@@ -14,9 +14,9 @@
 #include <thread>
 
 #include "foundation/InstrumentEnums.h"
-#include "foundation/TextFile.h"
 #include "log/InstrumentLog.h"
 #include "update/UpdateManifest.h"
+#include "update/UpdateSystem.h"
 
 // Matches the instrument's update log files in the application folder.
 inline constexpr const char kLogFilePattern[] = "*.log";
@@ -62,7 +62,8 @@ std::string StickPathOfLog(const std::string& logPath);
 
 class CUpdateProcedure {
 public:
-    explicit CUpdateProcedure(CUpdateScreen* screen);
+    // The procedure works on system (not owned; null: the instrument's own), which must outlive it.
+    explicit CUpdateProcedure(CUpdateScreen* screen, CUpdateSystem* system = nullptr);
     virtual ~CUpdateProcedure();
     CUpdateProcedure(const CUpdateProcedure&) = delete;
     CUpdateProcedure& operator=(const CUpdateProcedure&) = delete;
@@ -122,7 +123,7 @@ private:
     // The console line that says why a step refused its input or failed: the screen shows only
     // the step's text or code.
     void SayWhy(const std::string& what, const std::string& cause);
-    bool IsUpdateLogCandidate(const std::string& path);
+    bool IsUpdateLogCandidate(const SFoundLog& log);
     bool FontPackageRefused(const std::string& copied, const std::string& cause);
     bool SignatureRefused(const std::string& reason, const std::string& file);
     // What the manifest says a file holds; null when the update is not signed.
@@ -138,12 +139,18 @@ private:
     // A file of the stick, judged by its kind (a link only to a file on the stick), then copied checked.
     bool CopyFromStick(const std::string& onStick, const std::string& to, std::string& cause, bool& refused);
     bool RunPrivileged(const std::string& command);
+    bool ReadRuntimeLink(std::string& target);
+    // A failure the procedure goes on after: said once on the console with its cause.
+    void SayOnce(bool& said, const std::string& what, const std::string& cause);
+
+    CUpdateSystem* m_system;
 
     std::mutex m_screenMutex;
     CUpdateScreen* m_screen;
     int m_progressPosition = 0;
     int m_progressMaximum = 100;
-    CTextFileWriter m_logWriter;
+    bool m_logOpen = false;
+    bool m_logWriteFailed = false;
     std::string m_logPrefix;
     std::string m_logPath;
     std::atomic<eUpdateCommandLineSpecialCmdParamCmd> m_specialCommand{0};

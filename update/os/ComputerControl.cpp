@@ -82,9 +82,12 @@ bool SameFile(const std::string& a, const std::string& b) {
 
 // cp over an existing file writes into it, so that file keeps its mode, owner and group; the copy
 // that replaces it takes them over before it is flushed. A new file keeps what cp gave it.
-bool TakeOverAndFlush(const std::string& partial, const struct stat* replaced) {
+bool TakeOverAndFlush(const std::string& partial, const struct stat* replaced, std::string& cause) {
     const int fd = open(partial.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return false;
+    if (fd < 0) {
+        cause = partial + ": " + std::strerror(errno);
+        return false;
+    }
     bool ok = true;
     if (replaced != nullptr) {
         // The owner is ours already unless we are root (CanReplaceBeside); a disk that keeps no
@@ -95,6 +98,7 @@ bool TakeOverAndFlush(const std::string& partial, const struct stat* replaced) {
         ok = fchmod(fd, replaced->st_mode & 07777) == 0;
     }
     ok = ok && fsync(fd) == 0;
+    if (!ok) cause = partial + ": mode or flush: " + std::strerror(errno);
     close(fd);
     return ok;
 }
@@ -122,11 +126,12 @@ bool CanReplaceBeside(const std::string& folder, const struct stat& replaced) {
     return geteuid() == 0 || (replaced.st_uid == geteuid() && InGroup(replaced.st_gid));
 }
 
-bool SyncToDisk(const std::string& path, int flags) {
+// cause, when given, is set on failure: the path and the system's reason.
+bool SyncToDisk(const std::string& path, int flags, std::string* cause = nullptr) {
     const int fd = open(path.c_str(), flags | O_CLOEXEC);
-    if (fd < 0) return false;
-    const bool synced = fsync(fd) == 0;
-    close(fd);
+    const bool synced = fd >= 0 && fsync(fd) == 0;
+    if (!synced && cause != nullptr) *cause = path + ": not flushed: " + std::strerror(errno);
+    if (fd >= 0) close(fd);
     return synced;
 }
 
@@ -159,26 +164,33 @@ bool CopyInto(const std::string& from, const std::string& to, bool replaceLink, 
     if (replaces && !CanReplaceBeside(folder, old)) {
         // As cp does it, in place: a power cut now leaves the file in part (see the power-loss notes).
         // What differs is found only once it is written.
-        cause = "cp into " + destination + " failed";
-        return RunShellCommand(NS_ShellCommand::Copy(from, destination)) == 0 && SyncToDisk(destination, O_RDONLY) &&
-               HoldsExpected(destination, expected, cause);
+        const int status = RunShellCommand(NS_ShellCommand::Copy(from, destination));
+        if (status != 0) {
+            cause = "cp into " + destination + " failed, exit status " + std::to_string(status);
+            return false;
+        }
+        return SyncToDisk(destination, O_RDONLY, &cause) && HoldsExpected(destination, expected, cause);
     }
     const std::string partial = JoinPath(folder, kPartialCopyName);
     // Whatever an earlier power cut left under the partial name goes first.
     unlink(partial.c_str());
-    cause = "copy to " + partial + " failed";
-    const bool copied = RunShellCommand(NS_ShellCommand::Copy(from, partial)) == 0 &&
-                        HoldsExpected(partial, expected, cause) &&
-                        TakeOverAndFlush(partial, replaces ? &old : nullptr) &&
-                        rename(partial.c_str(), destination.c_str()) == 0;
+    const int status = RunShellCommand(NS_ShellCommand::Copy(from, partial));
+    bool copied = status == 0;
+    if (!copied) cause = "copy to " + partial + " failed, exit status " + std::to_string(status);
+    copied = copied && HoldsExpected(partial, expected, cause) &&
+             TakeOverAndFlush(partial, replaces ? &old : nullptr, cause);
+    if (copied && rename(partial.c_str(), destination.c_str()) != 0) {
+        cause = partial + " not renamed to " + destination + ": " + std::strerror(errno);
+        copied = false;
+    }
     if (!copied) {
         unlink(partial.c_str());
         return false;
     }
     // The new name on the disk too, before the next step builds on it: removing the source (the
-    // new-build folder after the install) must never reach the disk ahead of this rename.
-    SyncToDisk(folder, O_RDONLY | O_DIRECTORY);
-    return true;
+    // new-build folder after the install) must never reach the disk ahead of this rename. A
+    // rename the disk may lose is no copy to build on.
+    return SyncToDisk(folder, O_RDONLY | O_DIRECTORY, &cause);
 }
 
 // Stock cursor states; touched on the GUI thread only.
@@ -368,11 +380,10 @@ bool WriteFileWhole(const std::string& path, const std::string& bytes, std::stri
         unlink(partial.c_str());
         return false;
     }
-    SyncToDisk(folder, O_RDONLY | O_DIRECTORY);
-    return true;
+    return SyncToDisk(folder, O_RDONLY | O_DIRECTORY, &cause);
 }
 
-bool FlushFileToDisk(const std::string& path) { return SyncToDisk(path, O_RDONLY); }
+bool FlushFileToDisk(const std::string& path, std::string* cause) { return SyncToDisk(path, O_RDONLY, cause); }
 
 void FlushAllFileSystems() { sync(); }
 

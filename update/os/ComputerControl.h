@@ -82,8 +82,8 @@ extern const char* const kPartialCopyName;
 // Writes bytes as the whole file at path, which a power cut leaves as it was or as written: the
 // bytes go to a partial file beside it, flushed, then renamed over it.
 bool WriteFileWhole(const std::string& path, const std::string& bytes, std::string& cause);
-// fsync of one file; false when it cannot be opened or flushed.
-bool FlushFileToDisk(const std::string& path);
+// fsync of one file; false when it cannot be opened or flushed, and cause, when given, says why.
+bool FlushFileToDisk(const std::string& path, std::string* cause = nullptr);
 // sync(): everything written so far goes to its disk, the USB stick included.
 void FlushAllFileSystems();
 // True when the glob pattern matches at least one path.
