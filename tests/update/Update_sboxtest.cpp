@@ -48,20 +48,6 @@ TEST_F(UpdateSteps, NewestLogWinsAndEqualTimesKeepTheFirstListed) {
     EXPECT_EQ(procedure.GetLogPath(), "/home/vtx/Code/a.log");
 }
 
-TEST_F(UpdateSteps, SpecialCommandSetAfterTheStartStillCounts) {
-    CUpdateProcedure procedure(&screen);
-    ASSERT_TRUE(procedure.OpenUpdateLog());
-    procedure.SetSpecialCommand(1);
-    // The steps read the command when they run: nothing copied, written or shown.
-    EXPECT_TRUE(procedure.CopyAuxiliaryFiles());
-    EXPECT_TRUE(procedure.InstallFontPackage());
-    EXPECT_TRUE(procedure.FinishUpdateLog());
-    EXPECT_EQ(access("/home/vtx/Code/zip", F_OK), -1);
-    EXPECT_EQ(access("/media/usb/instrument.log", F_OK), -1);
-    EXPECT_EQ(ReadFile("/home/vtx/Code/instrument.log"), "old\r\n");
-    EXPECT_TRUE(screen.texts.empty());
-}
-
 // One test, because the start flag lives for the whole program run. Without an installed
 // application the procedure fails at the backup after its first log lines, which a second start
 // would write again. (The full bar of a failure is every failing end-to-end run's.)
