@@ -205,7 +205,12 @@ const Strings kCopied = {kNew + "/Application > " + kCode + "/Application"};
 const Strings kBackedUp = {kCode + "/Application > " + kBackup};
 const Strings kDone = {kCode + "/Application > " + kBackup, kNew + "/Application > " + kCode + "/Application",
                        kLog + " > " + kStick + "/instrument.log"};
-const Strings kDoneLog = Join({kSystemsCheck, {kCurrent[2]}, kInstall, {"P Application started"}});
+const Strings kChecked = Join({kSystemsCheck, {kCurrent[2]}});
+const Strings kBackupLog = Join({kChecked, {kInstall[0]}});
+const Strings kFontHead = Join({kChecked, kInstall, {"P Copying " + kFonts + " to /home/vtx"}});
+const Strings kExtrasHead = Join({{"P auxillary files copied"}, kCurrent, kInstall, {"P Copying " + kFonts + " to /home/vtx"}});
+const Strings kDoneLog = Join({kChecked, kInstall, {"P Application started"}});
+const Strings kFontCopies = Join({kBackedUp, kCopied, {kFonts + " > /home/vtx/jfonts.tgz"}});
 
 const std::vector<SOutcome>& Outcomes() {
     static const std::vector<SOutcome> rows = {
@@ -217,8 +222,7 @@ const std::vector<SOutcome>& Outcomes() {
              EXPECT_EQ(fake.Bytes(kStick + "/instrument.log"), fake.Bytes(kLog));
          }},
         {"auxiliary file and fonts", Extras(), kSuccess,
-         Join({{"P auxillary files copied"}, kCurrent, kInstall,
-               {"P Copying " + kFonts + " to /home/vtx", "P Application started"}}),
+         Join({kExtrasHead, {"P Application started"}}),
          {kCheck, kTar, "sync", kReboot},
          Join({{kAux + " > " + kCode + "/zip"}, kBackedUp, kCopied,
                {kFonts + " > /home/vtx/jfonts.tgz", kLog + " > " + kStick + "/instrument.log"}})},
@@ -236,18 +240,18 @@ const std::vector<SOutcome>& Outcomes() {
           }}),
          kSuccess, Join({{"P no zip file on USB"}, kOsUpdate, kInstall, {"P Application started"}}),
          Join({kOsCommands, {kCheck, "sync", kReboot}}), kDone},
-        {"(01) no application", Gone(kCode + "/Application"), "Disk error... (01)", Join({kSystemsCheck, {kCurrent[2]}}),
+        {"(01) no application", Gone(kCode + "/Application"), "Disk error... (01)", kChecked,
          {}, {}},
         {"(03) no backup folder", Failing("mkdir", "no inode"), "Disk error... (03)",
-         Join({kSystemsCheck, {kCurrent[2]}}), {}, {}},
+         kChecked, {}, {}},
         {"(04) backup copy fails", Failing("copy " + kBackup, "disk full"), "Disk error... (04)",
-         Join({kSystemsCheck, {kCurrent[2]}}), {}, {}},
+         kChecked, {}, {}},
         {"(06) install copy fails", Failing("copy " + kCode + "/Application", "disk full"), "Disk error... (06)",
-         Join({kSystemsCheck, {kCurrent[2], kInstall[0]}}), {kCheck}, kBackedUp},
+         kBackupLog, {kCheck}, kBackedUp},
         {"(06) new build a FIFO", [](CFakeSystem& fake) { fake.Fifo(kNew + "/Application"); }, "Disk error... (06)",
-         Join({kSystemsCheck, {kCurrent[2], kInstall[0]}}), {}, kBackedUp},
+         kBackupLog, {}, kBackedUp},
         {"(07) new-build folder keeps a hidden file", Put(kNew + "/.hidden", ""), "Disk error... (07)",
-         Join({kSystemsCheck, {kCurrent[2], kInstall[0]}}), {kCheck}, Join({kBackedUp, kCopied}),
+         kBackupLog, {kCheck}, Join({kBackedUp, kCopied}),
          [](CFakeSystem& fake) { EXPECT_TRUE(fake.Has(kNew + "/.hidden")); }},
         {"(08) no log", Gone(kLog), "Disk error... (08)/home/vtx/Code/", {}, {}, {}},
         {"(08) the only log leads out", All({Gone(kLog), [](CFakeSystem& fake) {
@@ -263,10 +267,10 @@ const std::vector<SOutcome>& Outcomes() {
          }, "Disk error... (13)", {}, {kCheck}, Join({kBackedUp, kCopied})},
         {"(14) Chinese build's libraries missing", All({Status("[[", 0), [](CFakeSystem& fake) {
               fake.Folder("/opt/librime");
-          }}), "Disk error... (14)", Join({kSystemsCheck, {kCurrent[2], kInstall[0]}}),
+          }}), "Disk error... (14)", kBackupLog,
          {"[[ $(ldd " + kNew + "/Application_Chinese | grep not | wc -l) -eq 0 ]]"}, kBackedUp},
         {"(15) libraries missing", Status("[[", 0), "Disk error... (15)",
-         Join({kSystemsCheck, {kCurrent[2], kInstall[0]}}), {kCheck}, kBackedUp},
+         kBackupLog, {kCheck}, kBackedUp},
         {"(16) runtime link unreadable", Gone(GetRuntimeLibraryLink()), "Disk error... (16)",
          {kSystemsCheck[0], kSystemsCheck[1], "FAIL - cannot read link version", "Contact service!"}, {}, {}},
         {"(18) no runtime on the stick", WrongLink(), "Disk error... (18)",
@@ -292,29 +296,25 @@ const std::vector<SOutcome>& Outcomes() {
          "Could not copy file(s): auxillary files", {"P could not copy auxillary files"}, {}, {}},
         {"font package not copied", All({Put(kFonts, "f"), Failing("copy /home/vtx/jfonts.tgz", "full")}),
          "Could not copy file(s): font package",
-         Join({kSystemsCheck, {kCurrent[2]}, kInstall, {"P Copying " + kFonts + " to /home/vtx", "P could not copy font package"}}),
+         Join({kFontHead, {"P could not copy font package"}}),
          {kCheck}, Join({kBackedUp, kCopied})},
         {"font package leading out of its folder", Put(kFonts, FontPackage("jfontsx/profile")),
          "Could not copy file(s): font package unpack",
-         Join({kSystemsCheck, {kCurrent[2]}, kInstall,
-               {"P Copying " + kFonts + " to /home/vtx", "P font package refused: member jfontsx/profile lies outside jfonts/",
+         Join({kFontHead, {"P font package refused: member jfontsx/profile lies outside jfonts/",
                 "P could not unpack font package"}}),
-         {kCheck}, Join({kBackedUp, kCopied, {kFonts + " > /home/vtx/jfonts.tgz"}}),
+         {kCheck}, kFontCopies,
          [](CFakeSystem& fake) { EXPECT_FALSE(fake.Has("/home/vtx/jfonts.tgz")); }},
         {"tar complains", All({Extras(), [](CFakeSystem& fake) { fake.printed["cd /home/vtx"] = "gzip: bad"; }}),
          "Could not copy file(s): gzip: bad",
-         Join({{"P auxillary files copied"}, kCurrent, kInstall,
-               {"P Copying " + kFonts + " to /home/vtx", "P Unpack error : gzip: bad"}}),
-         {kCheck, kTar}, Join({{kAux + " > " + kCode + "/zip"}, kBackedUp, kCopied, {kFonts + " > /home/vtx/jfonts.tgz"}})},
+         Join({kExtrasHead, {"P Unpack error : gzip: bad"}}),
+         {kCheck, kTar}, Join({{kAux + " > " + kCode + "/zip"}, kFontCopies})},
         {"tar fails silently", All({Extras(), Status(kTar, 2)}), "Could not copy file(s): font package unpack",
-         Join({{"P auxillary files copied"}, kCurrent, kInstall,
-               {"P Copying " + kFonts + " to /home/vtx", "P font package refused: tar ended with status 2",
+         Join({kExtrasHead, {"P font package refused: tar ended with status 2",
                 "P could not unpack font package"}}),
-         {kCheck, kTar}, Join({{kAux + " > " + kCode + "/zip"}, kBackedUp, kCopied, {kFonts + " > /home/vtx/jfonts.tgz"}})},
+         {kCheck, kTar}, Join({{kAux + " > " + kCode + "/zip"}, kFontCopies})},
         {"tar leaves no font folder", All({Put(kFonts, FontPackage())}), "Could not copy file(s): font package unpack",
-         Join({kSystemsCheck, {kCurrent[2]}, kInstall,
-               {"P Copying " + kFonts + " to /home/vtx", "P could not unpack font package"}}),
-         {kCheck, kTar}, Join({kBackedUp, kCopied, {kFonts + " > /home/vtx/jfonts.tgz"}})},
+         Join({kFontHead, {"P could not unpack font package"}}),
+         {kCheck, kTar}, kFontCopies},
         {"the log cannot be written: the update goes on", Failing("log write", "No space left on device"), kSuccess, {},
          {kCheck, "sync", kReboot}, kDone},
         {"the log's flush fails: the update goes on", Failing("flush", "EIO"), kSuccess, kDoneLog,
@@ -337,7 +337,7 @@ const std::vector<SOutcome>& Outcomes() {
          }},
         {"signed during a key change-over", All({Put(kKeys + "/new.pub", PublicKeyFile(Other())), Signed("", Other())}),
          kSuccess,
-         Join({kSignedHead, {"signed release 2.1 accepted"}, kSystemsCheck, {kCurrent[2]}, kInstall,
+         Join({kSignedHead, {"signed release 2.1 accepted"}, kChecked, kInstall,
                {"release 2.1 recorded in " + kCode + "/release.manifest", "P Application started"}}),
          {kCheck, "sync", kReboot}, kDone},
         Refused("(19) no manifest", All({Signed(), Gone(kStick + "/update/manifest")}),
@@ -357,6 +357,10 @@ const std::vector<SOutcome>& Outcomes() {
                 Signed("vtx-update-manifest 1\nproduct korvalin\nrelease 2.1\n1 " + std::string(64, '0') + " " +
                        std::string(4930, 'x') + "\n"),
                 "update not signed: manifest line 4 too long: " + kStick + "/update/manifest"),
+        Refused("(19) listed size too large",
+                Signed("vtx-update-manifest 1\nproduct korvalin\nrelease 2.1\n9999999999999999 " + std::string(64, '0') +
+                       " NEW/x\n"),
+                "update not signed: manifest line 4 size too large: " + kStick + "/update/manifest"),
         Refused("(19) signature cut short",
                 All({Signed(), [](CFakeSystem& fake) {
                          fake.File(kStick + "/update/manifest.minisig", fake.Bytes(kStick + "/update/manifest.minisig").substr(0, 120));
