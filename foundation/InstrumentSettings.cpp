@@ -228,11 +228,11 @@ bool CInstrumentSettingsCollection::SaveOriginToFile(int origin, const std::stri
     CTextFileWriter writer;
     if (!writer.Open(path, false)) return false;
     const CInstrumentSettingsItemOriginCount list(*this, origin);
+    bool written = true;
     for (CInstrumentSettingsItemBase* item : list.GetItems()) {
-        writer.WriteLine(item->GetKey() + kSeparator + BytesCarriedByText(item->GetAsText()));
+        written = writer.WriteLine(item->GetKey() + kSeparator + BytesCarriedByText(item->GetAsText())) && written;
     }
-    writer.Close();
-    return true;
+    return writer.Close() && written;
 }
 
 bool CInstrumentSettingsCollection::LoadOrigin(int origin) {

@@ -34,14 +34,15 @@ bool AddUserLogEntryToFile(const std::string& path, const char* text) {
         if (end == std::string::npos) break;
         start = end + 1;
     }
+    // A full disk loses the entry: the caller hears of it.
+    bool written = true;
     if (parts.size() > 1) {
-        writer.WriteLine(stamp + "\t--- Multi-line ---");
-        for (const std::string& part : parts) writer.WriteLine(" -> " + part);
+        written = writer.WriteLine(stamp + "\t--- Multi-line ---");
+        for (const std::string& part : parts) written = writer.WriteLine(" -> " + part) && written;
     } else {
-        writer.WriteLine(stamp + "\t" + entry);
+        written = writer.WriteLine(stamp + "\t" + entry);
     }
-    writer.Close();
-    return true;
+    return writer.Close() && written;
 }
 
 void AddUserLogEntry(const char* text) { AddUserLogEntryToFile(GetUserLogFile(), text); }

@@ -8,5 +8,6 @@
 // with one " -> " line per part. An entry that cannot be written is lost without a report.
 void AddUserLogEntry(const char* text);
 
-// The same with another file (the same process-wide lock); false when the file could not be opened.
+// The same with another file (the same process-wide lock); false when the file could not be opened or
+// the entry was not written whole (a full disk).
 bool AddUserLogEntryToFile(const std::string& path, const char* text);
