@@ -165,7 +165,11 @@ bool CInstrumentSystem::AppendLogLine(const std::string& line, std::string& caus
         }
         written += static_cast<size_t>(n);
     }
-    return true;
+    // On the disk before the step it reports goes on: ext4 may otherwise commit the file's new size
+    // ahead of its data, and a power cut then leaves the log's tail as zero bytes.
+    if (fdatasync(m_log) == 0) return true;
+    cause = std::string("log line not flushed: ") + std::strerror(errno);
+    return false;
 }
 
 bool CInstrumentSystem::CloseLog(std::string& cause) {

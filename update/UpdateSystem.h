@@ -66,7 +66,7 @@ public:
     virtual void FlushAllFileSystems() = 0;
 
     // The instrument's log, opened for appending (made when missing). One line at a time, ended
-    // with CR LF, each written through before the next.
+    // with CR LF, each on the disk before the next.
     virtual bool OpenLog(const std::string& path, std::string& cause) = 0;
     virtual bool AppendLogLine(const std::string& line, std::string& cause) = 0;
     virtual bool CloseLog(std::string& cause) = 0;
