@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The service sheet (docs/service-sheet.md) as data: its failure sections, looked up by what the
+"""The service sheet (docs/service/service-sheet.md) as data: its failure sections, looked up by what the
 status line shows in any language, and its table of the screen texts, made from the text tables.
 
     service_sheet.py --texts                 prints the screen-text table from language/texts/*.po
@@ -16,7 +16,7 @@ import re
 import sys
 
 REPO = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-SHEET = os.path.join(REPO, "docs", "service-sheet.md")
+SHEET = os.path.join(REPO, "docs", "service", "service-sheet.md")
 TEXTS = os.path.join(REPO, "language", "texts")
 # The screen's languages in the order of the instrument's language setting, with their tables.
 LANGUAGES = [("EN", "English", "en"), ("DK", "Danish", "da"), ("SE", "Swedish", "sv"), ("IT", "Italian", "it"),

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Signs a service stick for instruments that install only what the maker signed, and checks a
-signed stick (docs/signed-updates.md). The stick is a folder holding the stick's files.
+signed stick (docs/service/signed-updates.md). The stick is a folder holding the stick's files.
 
     tools/sign-update --key SECKEY --release R [--build DIR] [--product korvalin] STICKDIR
         writes STICKDIR/update/manifest (the stick's update/zip, jfonts.tgz and

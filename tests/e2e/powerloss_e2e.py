@@ -1,5 +1,5 @@
 """Power cuts at each step of a full update (with the operating-system update), checked against the
-table of docs/power-loss.md (`powerloss_e2e.py --table` prints it); the powerloss_everywhere runs cut
+table of docs/service/power-cuts.md (`powerloss_e2e.py --table` prints it); the powerloss_everywhere runs cut
 at every operation on disks that lose what was not flushed and check every crash state."""
 
 import os
@@ -100,7 +100,7 @@ STICK_LOG = "/media/usb/instrument.log"
 LOSSY = both(FULL, RUNTIME_ON_STICK, put(STICK_LOG, b"older log\r\n"), put(LOG, b"line of an earlier run\r\n" * 170), *(
     put(NEW + name, open(build, "rb").read(), 0o644) for name, build in (("Application", "/bin/false"),
                                                                          ("Application_Chinese", "/bin/echo"))))
-POWER_LOSS_DOC = os.path.join(os.path.dirname(os.path.dirname(e2e.HERE)), "docs", "power-loss.md")
+POWER_LOSS_DOC = os.path.join(os.path.dirname(os.path.dirname(e2e.HERE)), "docs", "maintainer", "crash-model.md")
 
 
 def broken(tree, was, build, log_at_end, last):
@@ -170,7 +170,7 @@ def flush_table(journal, build, log_at_end):
 
 
 def in_doc(table, begin, end="<!-- end of flush table -->"):
-    """Checks that docs/power-loss.md holds the table between its markers; with VTX_WRITE_DOCS=1 puts it there."""
+    """Checks that the crash model (POWER_LOSS_DOC) holds the table between its markers; VTX_WRITE_DOCS=1 writes it."""
     with open(POWER_LOSS_DOC, encoding="utf-8") as f:
         doc = f.read()
     head, rest = doc.split(begin + "\n", 1)
@@ -179,8 +179,8 @@ def in_doc(table, begin, end="<!-- end of flush table -->"):
         with open(POWER_LOSS_DOC, "w", encoding="utf-8") as f:
             f.write(head + begin + "\n" + table + "\n" + end + tail)
     else:
-        check(block == table + "\n", "docs/power-loss.md's flush table differs from the run's (VTX_WRITE_DOCS=1 "
-              "writes it):\n" + table)
+        check(block == table + "\n", "docs/maintainer/crash-model.md's flush table differs from the run's "
+              "(VTX_WRITE_DOCS=1 writes it):\n" + table)
 
 
 def every_cut_point(build, table=False):

@@ -176,7 +176,7 @@ SHEET_WORDS = {
 
 
 def on_the_sheet(run):
-    """The failure's section of docs/service-sheet.md gives the log's last lines and what changed."""
+    """The failure's section of docs/service/service-sheet.md gives the log's last lines and what changed."""
     status = run.statuses()[-1]
     section = service_sheet.section_of(status)
     check(section and service_sheet.row_of(status), "the service sheet has no section or row for %r" % status)

@@ -36,7 +36,7 @@ rc=$? out=$(cat "$scratch/output")
 [ "$(state)" = "$before" ] || fail "the stick changed"
 for want in "Rehearsing the stick $stick: the full update, screen in German (DE) on Xvfb" \
             "Daten konnten nicht kopiert werden: font package unpack" "== Installed: the new build" \
-            "== Service sheet (docs/service-sheet.md): Could not copy file(s): font package unpack" \
+            "== Service sheet (docs/service/service-sheet.md): Could not copy file(s): font package unpack" \
             "<date> could not unpack font package" "new      /home/vtx/Code/zip" \
             "  refused: jfonts.tgz: not a whole gzip stream" "verdict: this stick would stop at Daten konnten nicht \
 kopiert werden: font package unpack because jfonts.tgz: not a whole gzip stream"; do

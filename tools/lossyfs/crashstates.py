@@ -7,7 +7,7 @@
                                                         --state, writes one as a plain folder tree
 
 A cut point is the moment right after one recorded operation. What survives a cut, on the file
-systems the areas stand for (docs/power-loss.md, "What the disks are assumed to be"):
+systems the areas stand for (docs/maintainer/crash-model.md, "What the disks are assumed to be"):
 - a file's data as of its last fsync (or sync) for certain; data written since may have reached
   the disk whole, in part (written back a page at a time: the pages before a 4 KiB boundary) or
   not at all (a new file is then empty, an old one keeps the data it had before the run);

@@ -162,7 +162,7 @@ bool CopyInto(const std::string& from, const std::string& to, bool replaceLink, 
         return false;
     }
     if (replaces && !CanReplaceBeside(folder, old)) {
-        // As cp does it, in place: a power cut now leaves the file in part (see the power-loss notes).
+        // As cp does it, in place: a power cut now leaves the file in part (docs/maintainer/crash-model.md).
         // What differs is found only once it is written.
         const int status = RunShellCommand(NS_ShellCommand::Copy(from, destination));
         if (status != 0) {

@@ -32,7 +32,7 @@ int RunToEnd(CExternalProc& proc, const std::string& commandLine, std::string* o
 
 }  // namespace
 
-// What the deliberate choices (docs/) promise: the child is reaped, and only when it is ours.
+// What docs/maintainer/deliberate-choices.md promises: the child is reaped, and only when it is ours.
 TEST(ExternalProc, TheChildIsReapedOnlyWhenItIsOurs) {
     // Leading assignments go to the environment; the tab is no separator, so sh gets "-c" and one
     // script word; argument 0 is the path's last component.
