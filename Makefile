@@ -126,12 +126,12 @@ package-i386: build-i386
 
 # The instrument's package on an older i386 system than it is built on, Debian 11 (made once into
 # OLD_SYSTEM_ROOT by tools/old-system-root): installed there with dpkg and run end to end on a
-# private Xvfb display of this machine (tests/e2e/oldsystem_e2e.py).
+# private Xvfb display of this machine (the scenarios of tests/e2e/oldsystem_e2e.py).
 OLD_SYSTEM_ROOT ?= /var/cache/vtx-i386/bullseye
 
 check-oldsystem: deps package-i386
-	$(SUDO) env VTX_OLD_SYSTEM_ROOT=$(OLD_SYSTEM_ROOT) tools/with-xvfb /usr/bin/python3 tests/e2e/oldsystem_e2e.py \
-	  --deb "$$(ls -t build-i386/vtx-update_*_i386.deb | head -n 1)"
+	$(SUDO) env VTX_OLD_SYSTEM_ROOT=$(OLD_SYSTEM_ROOT) tools/with-xvfb /usr/bin/python3 tests/e2e/runner.py \
+	  --old-system --deb "$$(ls -t build-i386/vtx-update_*_i386.deb | head -n 1)"
 
 # The whole suite under AddressSanitizer + UndefinedBehaviorSanitizer, and under ThreadSanitizer.
 # The suppression files list only what is proven to lie inside the toolkit's own libraries.

@@ -22,6 +22,7 @@
 #include "app/WorkerThread.h"
 #include "foundation/GuiHandOff.h"
 #include "log/StderrLogSink.h"
+#include "update/ConsoleLines.h"
 
 CMainFrame* g_mainFrame = nullptr;
 
@@ -48,22 +49,23 @@ void ReportToolkitAssert(const wxString& file, int line, const wxString& functio
 // end-to-end runs (tools/screenshot). With VTX_REPORT_PAINTS in the environment, every paint of a
 // window is reported on stderr as "vtx-bench paint <seconds> <class>" when it starts and as
 // "vtx-bench drawn <seconds> <class>" once its drawing pass has been handled (so what it drew is
-// on the display), and after the first pass also "vtx-bench first-paint <seconds>". The seconds
-// are CLOCK_MONOTONIC, which the measuring script shares. The probe only watches: each paint goes
-// on to its window as usual. Without the variable nothing is installed. With it, the program log's
-// lines carry the same clock's time too.
+// on the display), and after the first pass also "vtx-bench first-paint <seconds>" (the forms of
+// update/ConsoleLines.h, which the tools read). The seconds are CLOCK_MONOTONIC, which the
+// measuring script shares. The probe only watches: each paint goes on to its window as usual.
+// Without the variable nothing is installed. With it, the program log's lines carry the same
+// clock's time too.
 class CPaintProbe : public wxEventFilter {
 public:
     int FilterEvent(wxEvent& event) override {
         if (event.GetEventType() != wxEVT_PAINT) return Event_Skip;
         const std::string name = ClassName(event.GetEventObject());
-        Report("paint", name);
+        Report(NS_ConsoleLines::kPaint, name);
         // Handled after the drawing pass that this paint belongs to, children included.
         const bool first = !m_firstSeen;
         m_firstSeen = true;
         CallOnGuiThread([name, first] {
-            Report("drawn", name);
-            if (first) Report("first-paint", std::string());
+            Report(NS_ConsoleLines::kDrawn, name);
+            if (first) Report(NS_ConsoleLines::kFirstPaint, std::string());
         });
         return Event_Skip;
     }
@@ -78,11 +80,11 @@ private:
         std::free(readable);
         return name;
     }
-    static void Report(const char* what, const std::string& detail) {
+    static void Report(const char* prefix, const std::string& detail) {
         timespec now{};
         clock_gettime(CLOCK_MONOTONIC, &now);
         char line[512];
-        const int length = std::snprintf(line, sizeof line, "vtx-bench %s %lld.%09ld%s%s\n", what,
+        const int length = std::snprintf(line, sizeof line, "%s%lld.%09ld%s%s\n", prefix,
                                          static_cast<long long>(now.tv_sec), now.tv_nsec, detail.empty() ? "" : " ",
                                          detail.c_str());
         if (length <= 0) return;

@@ -8,6 +8,7 @@
 
 #include "app/ServerApp.h"
 #include "app/WorkerThread.h"
+#include "update/ConsoleLines.h"
 
 wxIMPLEMENT_APP_NO_MAIN(CServerApp);
 
@@ -17,7 +18,7 @@ extern const char kVtxBuildVersion[];
 int main(int argc, char** argv) {
     // The console's first line says which build runs, as `dpkg -s vtx-update` names the installed
     // one: before the toolkit starts, so that even a start that fails shows it.
-    std::fprintf(stderr, "vtx-update %s\n", kVtxBuildVersion);
+    std::fprintf(stderr, "%s%s\n", NS_ConsoleLines::kBuild, kVtxBuildVersion);
     std::fflush(stderr);
     const int status = wxEntry(argc, argv);
     // A worker still busy when the main loop ends (the frame closed during a long copy) goes on

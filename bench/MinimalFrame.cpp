@@ -13,13 +13,15 @@
 #include <csignal>
 #include <cstdio>
 
+#include "update/ConsoleLines.h"
+
 namespace {
 
-void Report(const char* what, const char* detail) {
+void Report(const char* prefix, const char* detail) {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
     char line[128];
-    const int length = std::snprintf(line, sizeof line, "vtx-bench %s %lld.%09ld%s%s\n", what,
+    const int length = std::snprintf(line, sizeof line, "%s%lld.%09ld%s%s\n", prefix,
                                      static_cast<long long>(now.tv_sec), now.tv_nsec, *detail ? " " : "", detail);
     if (length > 0 && ::write(STDERR_FILENO, line, static_cast<size_t>(length)) < 0) return;
 }
@@ -37,10 +39,10 @@ public:
             wxPaintDC dc(frame);
             dc.SetBackground(*wxWHITE_BRUSH);
             dc.Clear();
-            Report("paint", "wxFrame");
+            Report(NS_ConsoleLines::kPaint, "wxFrame");
             if (!m_painted) {
                 m_painted = true;
-                CallAfter([] { Report("first-paint", ""); });
+                CallAfter([] { Report(NS_ConsoleLines::kFirstPaint, ""); });
             }
         });
         frame->Show(true);

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "update/ConsoleLines.h"
+
 CStderrLogSink::CStderrLogSink(bool stamped) : m_stamped(stamped) {}
 CStderrLogSink::~CStderrLogSink() = default;
 
@@ -34,7 +36,7 @@ void CStderrLogSink::Log(int type, const std::string& source, int, const std::st
         timespec now{};
         clock_gettime(CLOCK_MONOTONIC, &now);
         char stamp[64];
-        std::snprintf(stamp, sizeof stamp, "vtx-bench log %lld.%09ld ", static_cast<long long>(now.tv_sec),
+        std::snprintf(stamp, sizeof stamp, "%s%lld.%09ld ", NS_ConsoleLines::kStamp, static_cast<long long>(now.tv_sec),
                       now.tv_nsec);
         line.insert(0, stamp);
     }

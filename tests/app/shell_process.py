@@ -16,7 +16,7 @@ from pathlib import Path
 
 REPO = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 sys.path.insert(0, os.path.join(REPO, "tools"))
-from sandbox_run import inside_sandbox  # noqa: E402
+from harness.sandbox import inside_sandbox  # noqa: E402
 QC_LINE = "Error [Instrument View] Could not find read QC file!"
 SETTINGS_LINE = "Error [Instrument View] Could not load settings!"
 BORDER_MASK, BORDER_NONE = 0x1F200000, 0x00200000

@@ -6,9 +6,12 @@ import os
 import re
 import time
 
-from update_e2e import (APPLICATION, BACKED, BACKED_UP, COPY_FOLDERS, CURRENT, DONE, DONE_LOG, EXTRAS, EXTRAS_LOG,
-                        FONT_HEAD, FRESH, INSTALLED, LOG, OS_UPDATE, PARTIAL, RUNTIME_ON_STICK, SUCCESS, WITH_EXTRAS,
-                        add, appended_lines, both, check, gone, log_is, matches, once_shown, outcome, put)
+from harness.checks import appended_lines, check, log_is, matches, outcome
+from harness.instrument import (APPLICATION, BACKED, BACKED_UP, COPY_FOLDERS, CURRENT, DONE, DONE_LOG, EXTRAS,
+                                FONT_HEAD, FRESH, INSTALLED, LOG, OS_UPDATE, PARTIAL, RUNTIME_ON_STICK, SUCCESS)
+from harness.sandbox import both, gone, once_shown, put
+from harness.scenarios import add
+from update_e2e import EXTRAS_LOG, WITH_EXTRAS
 
 
 def big(size, seed):

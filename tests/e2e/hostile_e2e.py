@@ -8,13 +8,13 @@ import os
 import stat
 import tarfile
 
-from update_e2e import (APPLICATION, BACKUP, LOG, OS_COMMANDS, RUNTIME_LINK, SCENARIOS, SUCCESS, Scenario,
-                        appended_lines, both, check, gone, package, put, runtime_library)
+from harness import sandbox
+from harness.checks import appended_lines, check
+from harness.instrument import APPLICATION, BACKUP, CODE, LOG, NEW, OS_COMMANDS, RUNTIME_LINK, STICK, SUCCESS
+from harness.sandbox import both, gone, package, put, runtime_library
+from harness.scenarios import add
 from user_e2e import USER, owned_by_user
 
-import sandbox_run
-
-CODE, NEW, STICK = "/home/vtx/Code", "/home/vtx/Code/NEW", "/media/usb"
 AUX, FONTS_COPY = "Could not copy file(s): auxillary files", "Could not copy file(s): font package"
 FONTS_UNPACK = FONTS_COPY + " unpack"
 RUNTIME = STICK + "/update/libstdc++.so.6.0.22"
@@ -24,7 +24,7 @@ ROOT_RUNTIME = (RUNTIME_LINK, RUNTIME_LINK + ".0.22")
 def listing(run):
     """(kind and mode, owner, group, content) of every entry the sandbox root holds for the instrument."""
     out = {}
-    for area, sub in sandbox_run.IN_ROOT:
+    for area, sub in sandbox.IN_ROOT:
         base = os.path.join(run.root, sub)
         for folder, dirs, names in os.walk(base):
             for p in [os.path.join(folder, n) for n in dirs + names] + ([folder] if folder != base else []):
@@ -79,8 +79,8 @@ def row(name, doc, status, setup, os_update=False, more=None, prefix="hostile_",
     def lay_out(run):
         both(RESULTS, *([setup] if callable(setup) else setup), owned_by_user)(run)
         run.listing = listing(run)
-    SCENARIOS[prefix + name] = Scenario(prefix + name, doc + " (as the user)", expect=expect, setup=lay_out,
-                                        sandbox=["--user", "%d:%d" % USER] + kw.pop("sandbox", []), **kw)
+    add(prefix + name, doc + " (as the user)", expect, setup=lay_out,
+        sandbox=["--user", "%d:%d" % USER] + kw.pop("sandbox", []), **kw)
 
 
 def fifo(path):

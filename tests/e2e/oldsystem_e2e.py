@@ -1,38 +1,21 @@
-#!/usr/bin/python3
 """End-to-end scenarios of the installed i386 package on an older i386 system than the one it was
-built on: Debian 11 (tools/old-system-root), with only the fonts added, the package installed with
-dpkg, and, as on an instrument with OpenGL, a libGL.so.1 in the system's library folder and a
-libGLX.so.1 in a folder of its own, both listed in /etc/ld.so.cache. The program runs from
-/home/vtx/Code in the instrument sandbox inside that system, on the caller's X display.
+built on: Debian 11 (tools/old-system-root), with only the fonts added (runner.py --old-system
+installs the package and runs them there)."""
 
-    with-xvfb oldsystem_e2e.py --deb vtx-update_<version>_i386.deb [--keep] [SCENARIO...]
-    oldsystem_e2e.py --list
-"""
-
-import argparse
 import os
 import re
-import shutil
-import subprocess
-import sys
-import tempfile
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-REPO = os.path.dirname(os.path.dirname(HERE))
-sys.path.insert(0, os.path.join(REPO, "tools"))
-sys.path.insert(0, HERE)
-import sandbox_run  # noqa: E402
-import update_e2e as e2e  # noqa: E402
-import signed_e2e  # noqa: E402  (keys and signing of simulated sticks)
-from update_e2e import check  # noqa: E402
+import harness.instrument as e2e
+from harness.checks import check, does_not_start, files_as, log_is
+from harness.instrument import provisioned, signed
+from harness.sandbox import both, gone
+from harness.scenarios import OLD_SYSTEM, add as add_scenario
 
-OLD_SYSTEM = os.path.join(REPO, "tools", "old-system-root")
 PROGRAM = "/home/vtx/Code/update"
 RUNTIME = "/home/vtx/Code/update-runtime/"
 # A file of the runtime folder as /proc/PID/maps names it: inside the sandbox's overlay, relative to
 # the overlaid folder.
 IN_RUNTIME = re.compile(r"^(/home)?/vtx/Code/update-runtime/")
-PASSED_ENV = ("DISPLAY", "HOME", "LANG", "LC_ALL", "NO_AT_BRIDGE", "GDK_BACKEND", "TZ", "VTX_SESSION_TIMEOUT")
 # Variables through which a runtime would reach the programs the update starts.
 RUNTIME_VARIABLES = ("LD_LIBRARY_PATH", "LD_PRELOAD", "GCONV_PATH", "LOCPATH", "GIO_MODULE_DIR",
                      "GDK_PIXBUF_MODULE_FILE", "GTK_PATH", "FONTCONFIG_FILE")
@@ -79,8 +62,8 @@ def ended(status, log, expected, privileged, more=None, also=()):
         statuses = run.statuses()
         check(statuses and statuses[0] == "Copying files..." and statuses[-1] == status,
               "statuses %r, expected ... %r" % (statuses, status))
-        e2e.log_is(run, log)
-        e2e.files_as(run, expected, also)
+        log_is(run, log)
+        files_as(run, expected, also)
         rebooted = os.path.exists(os.path.join(run.root, "record", "reboot"))
         check(rebooted == (status == e2e.SUCCESS), "the reboot was%s asked for" % ("" if rebooted else " not"))
         check(run.privileged() == privileged, "privileged commands %r" % run.privileged())
@@ -89,6 +72,7 @@ def ended(status, log, expected, privileged, more=None, also=()):
     return expect
 
 
+@does_not_start
 def refused(run):
     """The runtime folder is damaged: the loader names what is missing, nothing changes."""
     check(run.session() == ["exited", "127"] and "error while loading shared libraries: libwx_baseu-3.2.so.0"
@@ -103,12 +87,9 @@ def whiteout(path):
     return setup
 
 
-SCENARIOS = {}
-
-
 def add(name, doc, expect, **kw):
     kw.setdefault("path_stubs", {"cp": WATCHING_CP})
-    SCENARIOS[name] = sandbox_run.Scenario(name, doc, expect=expect, **kw)
+    add_scenario(name, doc, expect, into=OLD_SYSTEM, **kw)
 
 
 add("happy_path", "the whole update on the older system, with its OpenGL listed in the loader cache",
@@ -122,90 +103,12 @@ add("code_17_18", "a relative runtime link and no runtime on the stick: 17, then
     layout=["--link", "relative"])
 add("link_to_absent_6022", "the link names a runtime 6.0.22 that is not there (right after the OS update)",
     ended(e2e.SUCCESS, e2e.DONE_LOG, e2e.DONE, ["reboot"], own_runtime_only),
-    setup=e2e.gone("/usr/lib/i386-linux-gnu/libstdc++.so.6.0.22"))
+    setup=gone("/usr/lib/i386-linux-gnu/libstdc++.so.6.0.22"))
 RECORD = "/home/vtx/Code/release.manifest"
 add("signed_update", "the maker's key provisioned and the stick signed with it: checked, installed, recorded",
     ended(e2e.SUCCESS, ["*** Checking update signature ***", "signed release 2.1 accepted"] + e2e.CURRENT + e2e.INSTALL
           + ["release 2.1 recorded in " + RECORD, "P Application started"], e2e.DONE, ["reboot"], own_runtime_only,
           also=[RECORD, RECORD + ".minisig"]),
-    setup=e2e.both(signed_e2e.provisioned("maker"), signed_e2e.signed()))
+    setup=both(provisioned("maker"), signed()))
 add("runtime_damaged", "a library of the program's runtime folder missing: the loader refuses, exit status 127",
     refused, setup=whiteout(RUNTIME + "libwx_baseu-3.2.so.0"))
-
-
-def install(deb, upper):
-    """The package, and the stand-ins of an OpenGL installation, into the older system."""
-    def old(*command):
-        subprocess.run([OLD_SYSTEM, "--upper", upper, "--bind", os.path.dirname(deb), "--"] + list(command),
-                       check=True, stdout=subprocess.DEVNULL)
-    old("dpkg", "-i", deb)
-    # Any loadable library will do as a stand-in; the loader cache lists it by the name it carries.
-    libs = os.path.join(upper, "changes")
-    for path in ("/usr/lib/i386-linux-gnu/libGL.so.1", "/opt/gl/libGLX.so.1"):
-        os.makedirs(os.path.dirname(libs + path), exist_ok=True)
-        old("cp", "/lib/i386-linux-gnu/libz.so.1", path)
-        subprocess.run(["patchelf", "--set-soname", os.path.basename(path), libs + path], check=True)
-    os.makedirs(libs + "/etc/ld.so.conf.d", exist_ok=True)
-    with open(libs + "/etc/ld.so.conf.d/opengl.conf", "w") as f:
-        f.write("/opt/gl\n")
-    old("ldconfig")
-    cache = subprocess.run([OLD_SYSTEM, "--upper", upper, "--", "ldconfig", "-p"], check=True,
-                           stdout=subprocess.PIPE, text=True).stdout
-    check(re.search(r"=> (/usr)?/lib/i386-linux-gnu/libGL\.so\.1$", cache, re.M) and "=> /opt/gl/libGLX.so.1" in cache,
-          "the loader cache does not list the OpenGL stand-ins:\n" + cache)
-
-
-def run_scenario(sc, work, keep):
-    root = tempfile.mkdtemp(prefix="%s-" % sc.name, dir=os.path.join(work, "roots"))
-    run = sandbox_run.prepare(sc, root)
-    output = sandbox_run.execute(sc, run, PROGRAM, use_display=True)
-    try:
-        session = run.session()
-        check(session and not session[0].startswith("timeout"), "the program did not come to an end: %s" % session)
-        if sc.expect is not refused:
-            check(session[-1] == "143", "session %s" % session)
-            e2e.paused(run)
-        sc.expect(run)
-    except e2e.Failure:
-        sys.stderr.write(output + "--- program console ---\n" + run.record("stderr.log"))
-        raise
-    finally:
-        print("kept sandbox root %s" % root) if keep else shutil.rmtree(root, ignore_errors=True)
-
-
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--deb", required="--list" not in sys.argv)
-    parser.add_argument("--list", action="store_true")
-    parser.add_argument("--keep", action="store_true", help="keep the sandbox roots and the system's changes")
-    parser.add_argument("scenarios", nargs="*")
-    a = parser.parse_args()
-    if a.list:
-        print("\n".join("%-22s %s" % (name, sc.doc) for name, sc in SCENARIOS.items()))
-        return 0
-    if not os.environ.get("DISPLAY"):
-        sys.exit("oldsystem_e2e.py: no X display (run it under tools/with-xvfb)")
-    work = tempfile.mkdtemp(prefix="vtx-old-system-")
-    failures = 0
-    try:
-        os.makedirs(os.path.join(work, "roots"))
-        install(os.path.abspath(a.deb), os.path.join(work, "upper"))
-        os.environ.setdefault("VTX_SESSION_TIMEOUT", "90")
-        sandbox_run.WRAP = [OLD_SYSTEM, "--upper", os.path.join(work, "upper"), "--bind", os.path.join(work, "roots")]
-        sandbox_run.WRAP += [x for name in PASSED_ENV for x in ("--env", name)] + ["--"]
-        for name in a.scenarios or list(SCENARIOS):
-            try:
-                run_scenario(SCENARIOS[name], work, a.keep)
-                print("PASS oldsystem.%s" % name)
-            except e2e.Failure as e:
-                failures += 1
-                print("FAIL oldsystem.%s: %s" % (name, e))
-    finally:
-        print("kept %s" % work) if a.keep else shutil.rmtree(work, ignore_errors=True)
-    total = len(a.scenarios or SCENARIOS)
-    print("%d passed, %d failed" % (total - failures, failures))
-    return 1 if failures else 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())

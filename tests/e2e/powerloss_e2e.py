@@ -5,9 +5,15 @@ at every operation on disks that lose what was not flushed and check every crash
 import os
 import sys
 
-import update_e2e as e2e
-from update_e2e import (APPLICATION, BACKUP, DONE, FRESH, LOG, OS_COMMANDS, PARTIAL, RUNTIME_ON_STICK, SUCCESS, add,
-                        appended_lines, both, check, files_as, once_shown, outcome, package, put)
+TOOLS = os.path.join(os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)))), "tools")
+sys.path[:0] = [TOOLS, os.path.join(TOOLS, "lossyfs")]  # also when run alone, for --table
+import harness.instrument as e2e  # noqa: E402
+from crashstates import PAGE, Journal  # noqa: E402
+from harness.checks import appended_lines, check, files_as, outcome  # noqa: E402
+from harness.instrument import (APPLICATION, BACKUP, DONE, FRESH, LOG, OS_COMMANDS, PARTIAL,  # noqa: E402
+                                RUNTIME_ON_STICK, SUCCESS)
+from harness.sandbox import both, once_shown, package, put  # noqa: E402
+from harness.scenarios import add  # noqa: E402
 
 # A stand-in for a command: its Nth call kills the program before, halfway through or after its work.
 CUT = r"""n=$(( $(cat "$ROOT/record/{tool}.count" 2>/dev/null || echo 0) + 1 )); echo $n > "$ROOT/record/{tool}.count"
@@ -90,9 +96,6 @@ for _name, _doc, _how, _expected, _meaning in POINTS:
 # ---- every operation of a full update as a cut point, on disks that lose what was not flushed
 # (tools/lossyfs): each crash state at each cut point must keep the table's promises.
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(e2e.HERE)), "tools", "lossyfs"))
-from crashstates import PAGE, Journal  # noqa: E402
-
 NEW = "/home/vtx/Code/NEW/"
 STICK_LOG = "/media/usb/instrument.log"
 # Builds without their execute bit (copied from a FAT stick), an older log of that name on the stick,
@@ -100,7 +103,7 @@ STICK_LOG = "/media/usb/instrument.log"
 LOSSY = both(FULL, RUNTIME_ON_STICK, put(STICK_LOG, b"older log\r\n"), put(LOG, b"line of an earlier run\r\n" * 170), *(
     put(NEW + name, open(build, "rb").read(), 0o644) for name, build in (("Application", "/bin/false"),
                                                                          ("Application_Chinese", "/bin/echo"))))
-POWER_LOSS_DOC = os.path.join(os.path.dirname(os.path.dirname(e2e.HERE)), "docs", "maintainer", "crash-model.md")
+POWER_LOSS_DOC = os.path.join(os.path.dirname(TOOLS), "docs", "maintainer", "crash-model.md")
 
 
 def broken(tree, was, build, log_at_end, last):

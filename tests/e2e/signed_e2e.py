@@ -3,49 +3,13 @@ by it installs and leaves its manifest in the code folder; every other stick sto
 changes but the log. Without a key every other scenario runs as it always did."""
 
 import os
-import shutil
-import subprocess
-import tempfile
 
+from harness.checks import check
+from harness.instrument import KEYS, OS_COMMANDS, SUCCESS, provisioned, signed
+from harness.sandbox import gone, package, put, runtime_library
 from hostile_e2e import CODE, NEW, RUNTIME, STICK, link, log_line, row
-from update_e2e import OS_COMMANDS, SUCCESS, check, gone, package, put, runtime_library
-
-import sign_update
 
 NOT_SIGNED = "Update not signed for this instrument... (19)"
-KEYS = "/etc/vtx/update-keys/"
-_made = {}
-
-
-def key(name):
-    """A key pair made once per run of the scenarios: (public key file, secret key file)."""
-    if name not in _made:
-        folder = tempfile.mkdtemp(prefix="vtx-e2e-key-")
-        subprocess.run(["minisign", "-G", "-W", "-p", folder + "/k.pub", "-s", folder + "/k.sec"], check=True,
-                       stdout=subprocess.DEVNULL)
-        _made[name] = (folder + "/k.pub", folder + "/k.sec")
-    return _made[name]
-
-
-def provisioned(*names):
-    """The public keys in the root image, root's, as only root can put them there."""
-    def setup(run):
-        os.makedirs(run.path(KEYS), exist_ok=True)
-        for name in names:
-            shutil.copy(key(name)[0], run.path(KEYS + name + ".pub"))
-    return setup
-
-
-def signed(by="maker", product="korvalin", text=None):
-    """The stick and the new build signed (text: a manifest of one's own, signed as it is)."""
-    def setup(run):
-        if text is None:
-            sign_update.sign(key(by)[1], run.path(STICK), "2.1", run.path(NEW), product)
-            return
-        run.write(STICK + "/update/manifest", text)
-        subprocess.run(["minisign", "-S", "-s", key(by)[1], "-m", run.path(STICK + "/update/manifest")], check=True,
-                       stdout=subprocess.DEVNULL)
-    return setup
 
 
 def recorded(run):

@@ -9,10 +9,13 @@ import stat
 import subprocess
 import tempfile
 
+from harness.checks import appended_lines, check, matches, outcome
+from harness.instrument import (APPLICATION, BACKED, BACKED_UP, BACKUP, CURRENT, DONE, DONE_LOG, EXTRAS, FONTS, FRESH,
+                                I386, INSTALL, INSTALLED, LOG, OS_COMMANDS, OS_UPDATE, RUNTIME_ON_STICK, SUCCESS,
+                                SYSTEMS_CHECK)
+from harness.sandbox import SANDBOX, both, gone, prepare, put
+from harness.scenarios import SCENARIOS, add
 from powerloss_e2e import LOSSY, every_cut_point
-from update_e2e import (APPLICATION, BACKED, BACKED_UP, BACKUP, CURRENT, DONE, DONE_LOG, EXTRAS, FONTS, FRESH, I386,
-                        INSTALL, INSTALLED, LOG, OS_COMMANDS, OS_UPDATE, RUNTIME_ON_STICK, SANDBOX, SCENARIOS, SUCCESS,
-                        SYSTEMS_CHECK, add, appended_lines, both, check, gone, matches, outcome, prepare, put)
 
 USER = (1000, 1000)
 AS_USER = ["setpriv", "--reuid=%d" % USER[0], "--regid=%d" % USER[1], "--clear-groups", "--"]

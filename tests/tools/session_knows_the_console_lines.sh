@@ -15,10 +15,10 @@ failures=0
 # A stand-in program that holds (in a comment) the console lines named, prints the failure line
 # (made of two halves, so that it holds it only when named) and waits to be stopped.
 program() {
-  local failed
-  failed=$(console_line kFailed)
+  local failed event
+  failed=$(console_line kFailed) event=$(console_line kUpdateEvent)
   { echo '#!/bin/sh'; for name in "$@"; do echo "# $(console_line "$name")"; done
-    echo "printf 'Event [Update] %s%s\\n' '${failed:0:5}' '${failed:5}' >&2; exec sleep 600"; } > "$ROOT/program"
+    echo "printf '$event%s%s\\n' '${failed:0:5}' '${failed:5}' >&2; exec sleep 600"; } > "$ROOT/program"
   chmod +x "$ROOT/program"
 }
 session() {  # expected session, the lines the program holds...

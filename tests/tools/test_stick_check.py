@@ -10,8 +10,8 @@ import sys
 import tempfile
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
-from sandbox_run import package  # noqa: E402
-from sandbox_run import runtime_library as minimal_runtime  # noqa: E402
+from harness.sandbox import package  # noqa: E402
+from harness.sandbox import runtime_library as minimal_runtime  # noqa: E402
 from stick_check import check_font_package, check_runtime  # noqa: E402
 
 # Fonts do not compress much: a cut in the first 300 bytes falls inside the archive's data.

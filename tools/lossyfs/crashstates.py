@@ -43,7 +43,7 @@ import sys
 from collections import namedtuple
 
 sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-from sandbox_run import areas  # noqa: E402
+from harness.sandbox import areas  # noqa: E402
 
 NAME_OPS = {"create", "mkdir", "symlink", "link", "unlink", "rmdir", "rename", "chmod", "chown"}
 FLUSH_OPS = {"fsync", "fsyncdir", "sync"}

@@ -1,33 +1,22 @@
-"""A simulated instrument in the instrument sandbox, from Python: lays out a sandbox root, runs the
-update program on it, and reads what it left, all addressed by the instrument's own paths. Shared
-by the end-to-end scenarios (tests/e2e), the rehearsal (tools/rehearse) and the benchmarks (bench/).
-"""
+"""A simulated instrument in the instrument sandbox: lays out a sandbox root, runs the update program
+(or any command) on it, and reads what it left, all addressed by the instrument's own paths."""
 
 import hashlib
 import io
 import os
-import re
 import struct
 import subprocess
 import tarfile
 from pathlib import Path
 
-TOOLS = os.path.dirname(os.path.abspath(__file__))
+from .console import CONSOLE, statuses
+
+TOOLS = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 SANDBOX, WITH_XVFB, SESSION = (os.path.join(TOOLS, t)
                                for t in ("instrument-sandbox", "with-xvfb", "run-update-session"))
 # A command that the sandbox itself runs under, such as another system's root
 # (tools/old-system-root ... --); empty: this machine.
 WRAP = []
-
-
-def console_lines():
-    """{name: text} of the program's console lines that tell how a run goes and ends: the interface
-    between the program and this harness, defined in update/ConsoleLines.h."""
-    with open(os.path.join(os.path.dirname(TOOLS), "update", "ConsoleLines.h"), encoding="utf-8") as f:
-        return dict(re.findall(r'^inline constexpr char (k\w+)\[\] = "([^"\\]*)";', f.read(), re.M))
-
-
-CONSOLE = console_lines()
 
 
 def areas(kind):
@@ -88,9 +77,7 @@ class Run:
         return self.record("privileged.log").splitlines()
 
     def statuses(self):
-        return [s.replace("\\n", "\n").replace("\\r", "\r")
-                for s in re.findall(r"Event \[Update\] %s(.*)$" % re.escape(CONSOLE["kStatus"]),
-                                    self.record("stderr.log"), re.M)]
+        return statuses(self.record("stderr.log"))
 
     def session(self):
         return self.record("session").split()
@@ -134,8 +121,9 @@ def prepare(sc, root, extra_setup=None, log="/home/vtx/Code/instrument.log"):
     return run
 
 
-def execute(sc, run, program, use_display=False, extra_args=()):
-    """Runs the program on the prepared root; returns the sandbox's console output."""
+def execute(sc, run, program, use_display=False, extra_args=(), command=None):
+    """Runs the program on the prepared root (or, with command, that command instead of the session
+    of the program); returns the sandbox's console output."""
     env = dict(os.environ, HOME="/home/vtx")  # the instrument's user
     env.setdefault("VTX_SESSION_TIMEOUT", "90")
     env["VTX_SYNC_RECORDER"] = os.path.join(os.path.dirname(os.path.abspath(program)), "libvtx_sync_recorder.so")
@@ -151,9 +139,20 @@ def execute(sc, run, program, use_display=False, extra_args=()):
         script("stubs/" + tool, "#!/bin/sh\n" + body)
     cmd = WRAP + [SANDBOX, "--root", run.root] + sc.sandbox
     cmd += ["--inside-setup", script("inside-setup.sh", sc.inside)] if sc.inside else []
-    cmd += ["--"] + ([] if use_display else [WITH_XVFB]) + [SESSION, os.path.abspath(program)] + sc.args
+    cmd += ["--"] + (command or ([] if use_display else [WITH_XVFB]) + [SESSION, os.path.abspath(program)] + sc.args)
     proc = subprocess.run(cmd + list(extra_args), env=env, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
     return proc.stdout.decode(errors="replace")
+
+
+def recording(*tools):
+    """PATH stubs of the shell tools named: each notes "tool args..." in ROOT/record/steps, then runs
+    the real one, so that a run's commands can be read in order (recorded_steps)."""
+    return {tool: 'echo "%s $*" >> "$ROOT/record/steps"\nPATH=${PATH#*/stubs:} exec %s "$@"\n' % (tool, tool)
+            for tool in tools}
+
+
+def recorded_steps(run):
+    return run.record("steps").splitlines()
 
 
 # Set-up steps of a layout.
