@@ -8,7 +8,7 @@ import time
 
 from harness.checks import appended_lines, check, log_is, matches, outcome
 from harness.instrument import (APPLICATION, BACKED, BACKED_UP, COPY_FOLDERS, CURRENT, DONE, DONE_LOG, EXTRAS,
-                                FONT_HEAD, FRESH, INSTALLED, LOG, OS_UPDATE, PARTIAL, RUNTIME_ON_STICK, SUCCESS)
+                                INSTALLED, LOG, PARTIAL, SUCCESS)
 from harness.sandbox import both, gone, once_shown, put
 from harness.scenarios import add
 from update_e2e import EXTRAS_LOG, WITH_EXTRAS
@@ -25,23 +25,14 @@ def old_build(data):
 
 # ---- full and read-only disks: a copy that fails leaves no part of the file under its name
 
-add("disk_full_auxiliary", "the code folder is too small for the auxiliary file",
-    outcome("Could not copy file(s): auxillary files", ["P could not copy auxillary files"], FRESH),
-    setup=put("/media/usb/update/zip", big(2 << 20, b"zip")), inside="small_disk /home/vtx/Code 1m\n")
 # After the backup ~260 KiB are free: room for the growth (100 KiB), not a second copy (700 KiB).
 add("disk_full_install", "the code folder has room for the new build's growth only: the old build stays whole",
     outcome("Disk error... (06)", CURRENT + BACKED, BACKED_UP), inside="small_disk /home/vtx/Code 2200k\n",
     setup=both(old_build(big(600 << 10, b"old")), put("/home/vtx/Code/NEW/Application", big(700 << 10, b"new"))))
-add("disk_full_fonts", "the home folder is too small for the font package",
-    outcome("Could not copy file(s): font package", FONT_HEAD + ["P could not copy font package"], INSTALLED),
-    setup=put("/media/usb/jfonts.tgz", big(3 << 20, b"f")), inside="small_disk /home/vtx 2m\n")
 add("disk_full_stick", "the stick is too small for the log; the older log there under its name stays",
     outcome("Disk error... (13)", DONE_LOG, dict(INSTALLED, stick_log="unchanged")),
     setup=both(put(LOG, big(512 << 10, b"l") + b"\r\n"), put("/media/usb/instrument.log", b"older log\r\n")),
     inside="small_disk /media/usb 64k\n")
-add("read_only_code_folder", "the code folder is read-only: the log cannot be opened",
-    outcome("Disk error... (10)", [], FRESH), inside="read_only /home/vtx/Code\n")
-
 # ---- copies that replace: a running program, partial copies of an earlier power cut
 
 # Writing into a running program fails ("Text file busy"); a rename replaces it.
@@ -102,9 +93,6 @@ def hostile_log_copied(run):
 add("hostile_log_name_quote", "the newest log is named %r" % HOSTILE,
     outcome(SUCCESS, [], INSTALLED, also=["/home/vtx/Code/" + HOSTILE, "/media/usb/" + HOSTILE],
             more=hostile_log_copied), setup=put("/home/vtx/Code/" + HOSTILE, b"hostile log\r\n"))
-add("privileged_tool_missing_os_update", "the OS needs its update and the privileged tool is gone",
-    outcome("Disk error... (18)", OS_UPDATE[:-1] + ["FAIL - no prerequisites on disk"], FRESH),
-    layout=["--link", "wrong"], setup=both(RUNTIME_ON_STICK, gone("/home/vtx/bin/VtxSecret")))
 # The screen keeps the success text; the console says why the instrument is still on.
 add("privileged_tool_missing_reboot", "everything installed, but the reboot cannot be asked for",
     outcome(SUCCESS, DONE_LOG, DONE, ending="stuck"), setup=gone("/home/vtx/bin/VtxSecret"))

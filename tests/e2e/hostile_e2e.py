@@ -2,63 +2,18 @@
 the status line the service sheet gives for it, and changes nothing on the whole simulated instrument
 (kind, mode, owner and content of every entry, the root image included) but the update's own files."""
 
-import hashlib
-import io
 import os
-import stat
 import tarfile
 
-from harness import sandbox
-from harness.checks import appended_lines, check
-from harness.instrument import APPLICATION, BACKUP, CODE, LOG, NEW, OS_COMMANDS, RUNTIME_LINK, STICK, SUCCESS
-from harness.sandbox import both, gone, package, put, runtime_library
+from harness.checks import appended_lines, check, listing, own_change
+from harness.instrument import APPLICATION, BACKUP, CODE, LOG, NEW, OS_COMMANDS, STICK, SUCCESS
+from harness.sandbox import both, fifo, folder, gone, link, made, newer, package, put, runtime_library, tgz
 from harness.scenarios import add
-from user_e2e import USER, owned_by_user
+from harness.as_user import USER, owned_by_user
 
 AUX, FONTS_COPY = "Could not copy file(s): auxillary files", "Could not copy file(s): font package"
 FONTS_UNPACK = FONTS_COPY + " unpack"
 RUNTIME = STICK + "/update/libstdc++.so.6.0.22"
-ROOT_RUNTIME = (RUNTIME_LINK, RUNTIME_LINK + ".0.22")
-
-
-def listing(run):
-    """(kind and mode, owner, group, content) of every entry the sandbox root holds for the instrument."""
-    out = {}
-    for area, sub in sandbox.IN_ROOT:
-        base = os.path.join(run.root, sub)
-        for folder, dirs, names in os.walk(base):
-            for p in [os.path.join(folder, n) for n in dirs + names] + ([folder] if folder != base else []):
-                st, key = os.lstat(p), area + os.path.relpath(p, base)
-                if stat.S_ISCHR(st.st_mode) and st.st_rdev == 0:
-                    continue  # the overlay's mark of a removed entry
-                data = (os.readlink(p) if stat.S_ISLNK(st.st_mode) else open(p, "rb").read()
-                        if stat.S_ISREG(st.st_mode) else None)
-                if isinstance(data, bytes) and not key.endswith(".log"):
-                    data = hashlib.sha256(data).hexdigest()[:16]
-                out[key] = (stat.filemode(st.st_mode), st.st_uid, st.st_gid, data)
-    return out
-
-
-def own_change(path, was, now, before, os_update):
-    """Whether the update may leave path as now: its own files only, each of a kind it makes."""
-    regular = now is not None and now[0].startswith("-")
-    if path == APPLICATION:  # the old build or a file of the new-build folder, whole
-        return regular and now[3] in {v[3] for p, v in before.items() if p == path or p.startswith(NEW + "/")}
-    if path == NEW or path.startswith(NEW + "/"):
-        return now is None
-    if path.startswith(CODE + "/Old"):
-        return (was is None or was[0].startswith("-")) and (regular or now[0].startswith("d"))
-    if path.startswith(CODE + "/") and path.endswith(".log") and path.count("/") == 4:
-        return regular and was is not None and was[0].startswith("-") and now[3].startswith(was[3])
-    if path in (CODE + "/release.manifest", CODE + "/release.manifest.minisig"):
-        return regular
-    if path in (CODE + "/zip", "/home/vtx/jfonts.tgz"):
-        return was is None and (now is None or regular)
-    if path == "/home/vtx/jfonts" or path.startswith("/home/vtx/jfonts/"):
-        return was is None and (regular or now[0].startswith("d"))
-    if path.startswith(STICK + "/") and path.endswith(".log") and path.count("/") == 3:
-        return regular
-    return os_update and path in ROOT_RUNTIME
 
 
 def row(name, doc, status, setup, os_update=False, more=None, prefix="hostile_", only_log=False, **kw):
@@ -83,35 +38,6 @@ def row(name, doc, status, setup, os_update=False, more=None, prefix="hostile_",
         sandbox=["--user", "%d:%d" % USER] + kw.pop("sandbox", []), **kw)
 
 
-def fifo(path):
-    return lambda run: (os.makedirs(os.path.dirname(run.path(path)), exist_ok=True), os.mkfifo(run.path(path)))
-
-
-def link(path, target):
-    return lambda run: (os.makedirs(os.path.dirname(run.path(path)), exist_ok=True), os.symlink(target, run.path(path)))
-
-
-def folder(path):
-    return lambda run: os.makedirs(run.path(path), exist_ok=True)
-
-
-def newer(path):
-    return lambda run: os.utime(run.path(path), (2 ** 31 - 10,) * 2, follow_symlinks=False)
-
-
-def tgz(*members, kind=None):
-    """A package of (name, data) members; kind makes the last one a FIFO or a hard link."""
-    data = package(*members)
-    if kind:
-        buf = io.BytesIO()
-        with tarfile.open(fileobj=buf, mode="w:gz") as tar:
-            info = tarfile.TarInfo(members[-1][0])
-            info.type, info.linkname = kind, "jfonts/a.ttf"
-            tar.addfile(info)
-        data = buf.getvalue()
-    return put(STICK + "/jfonts.tgz", data)
-
-
 def log_line(text):
     return lambda run: check(any(x.endswith(text) for x in appended_lines(run)), "no log line %r" % text)
 
@@ -119,11 +45,6 @@ def log_line(text):
 def no_fonts(run):
     check(not os.path.lexists(run.path("/home/vtx/jfonts.tgz")) and not os.path.lexists(run.path("/home/vtx/jfonts")),
           "a refused font package left jfonts.tgz or jfonts/")
-
-
-def made(path, data):
-    """Written when the layout is made: the large packages are not built when the scenarios are listed."""
-    return lambda run: run.write(path, data())
 
 
 RESULTS = put(CODE + "/data/results.db", b"patient results\n")

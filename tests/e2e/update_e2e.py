@@ -5,7 +5,7 @@ import os
 import subprocess
 
 from harness.checks import bar_is, cannot_start, check, outcome
-from harness.instrument import (APPLICATION, BACKED, BACKED_UP, BACKUP, CURRENT, DONE, DONE_LOG, EU_PREFIX, EXTRAS,
+from harness.instrument import (APPLICATION, BACKUP, CURRENT, DONE, DONE_LOG, EXTRAS,
                                 FONT_HEAD, FONTS, FRESH, I386, INSTALL, INSTALLED, LOG, OS_COMMANDS, OS_UPDATE, RUNTIME,
                                 RUNTIME_LINK, RUNTIME_ON_STICK, SUCCESS)
 from harness.sandbox import both, gone, put
@@ -18,12 +18,6 @@ WITH_EXTRAS = dict(DONE, zip="complete", fonts="unpacked")
 add("happy_path", "no auxiliary file, no font package, current runtime link", outcome(SUCCESS, DONE_LOG, DONE))
 add("happy_path_extras", "auxiliary file and font package on the stick", outcome(SUCCESS, EXTRAS_LOG, WITH_EXTRAS),
     setup=EXTRAS)
-add("extras_installed_before", "auxiliary file and font package already on the instrument: not copied again",
-    outcome(SUCCESS, ["P zip already copied"] + DONE_LOG[1:], dict(DONE, zip="unchanged", fonts="unchanged")),
-    setup=both(EXTRAS, put("/home/vtx/Code/zip", b"older auxiliary data\n"), put("/home/vtx/jfonts.tgz", b"before")))
-add("day_first_prefix", "the log prefix follows the date-format setting",
-    outcome(SUCCESS, DONE_LOG, DONE, prefix=EU_PREFIX),
-    setup=put("/home/vtx/Code/settings.vtx", "Language = EN\r\nDateFormat = EU\r\n"))
 add("german_failure_text", "status texts follow the language setting",
     outcome("Datenträgerfehler... (08)/home/vtx/Code/", None, FRESH, first="Kopiere Daten..."),
     setup=both(put("/home/vtx/Code/settings.vtx", "Language = DE\r\nDateFormat = EU\r\n"), gone(LOG)))
@@ -43,8 +37,6 @@ def os_update(*more):
                    more=both(os_updated, *more))
 
 
-add("relative_link", "a relative runtime link is wrong: the OS is updated", os_update(),
-    layout=["--link", "relative"], setup=RUNTIME_ON_STICK)
 add("wrong_link", "a link to another runtime: the OS is updated; the bar stays empty until the end",
     os_update(lambda run: bar_is(run, "empty", "screen-during.png"), lambda run: bar_is(run, "full")),
     layout=["--link", "wrong"],
@@ -59,25 +51,10 @@ add("application_dated_2040", "the application's date lies beyond a 32-bit time_
     outcome(SUCCESS, [x.replace(BACKUP, STAMP_2040) for x in DONE_LOG], dict(DONE, backup="none"), also=[STAMP_2040],
             more=lambda run: check(run.files().get(STAMP_2040) == run.before[APPLICATION], "no backup of 2040")),
     setup=lambda run: subprocess.run(["touch", "-d", "2040-02-01 12:00", run.path(APPLICATION)], check=True))
-add("code_03", "the backup folder cannot be created (no inode left on the disk)",
-    outcome("Disk error... (03)", CURRENT, FRESH,
-            more=lambda run: check(not os.path.isdir(run.path("/home/vtx/Code/Old")), "a backup folder was made")),
-    inside="small_disk /home/vtx/Code 64m no-inodes\n")
-add("code_04", "a file in the backup folder's place: the backup copy fails",
-    outcome("Disk error... (04)", CURRENT, FRESH), setup=put("/home/vtx/Code/Old", b"not a folder"))
-add("code_07", "the new-build folder holds a hidden file, which its removal does not match",
-    outcome("Disk error... (07)", CURRENT + BACKED, dict(BACKED_UP, application="new"), also=["/home/vtx/Code/NEW/"],
-            more=lambda run: check(os.listdir(run.path("/home/vtx/Code/NEW")) == [".hidden"], "NEW holds more")),
-    setup=put("/home/vtx/Code/NEW/.hidden", b"left by the build tool\n"))
 add("code_08", "no log file directly in the code folder", outcome("Disk error... (08)/home/vtx/Code/", None, FRESH),
     setup=both(gone(LOG), put("/home/vtx/Code/logs/deeper.log", b"not directly in the code folder\r\n")))
-
-
 if I386:  # elsewhere the program starts and shows 16: user_e2e's code_16
     add("code_16", "the runtime link cannot be read", cannot_start, layout=["--link", "missing"], killed=True)
-add("code_18_no_runtime_on_stick", "wrong link and no replacement runtime on the stick",
-    outcome("Disk error... (18)", OS_UPDATE[:4] + ["FAIL - no prerequisites on USB"], FRESH),
-    layout=["--link", "wrong"])
 add("code_18_mount_refused", "the root image cannot be remounted",
     outcome("Disk error... (18)", OS_UPDATE + ["FAIL - cannot mount OS"], FRESH, OS_COMMANDS[:1]),
     layout=["--link", "relative"],

@@ -2,104 +2,15 @@
 stand-in privileged tool), compared with its file steps done by the shell tools as that user in a
 second sandbox: the same step fails, every file ends with the same content, mode, owner and group."""
 
-import hashlib
-import os
-import shutil
-import stat
-import subprocess
-import tempfile
-
 from harness.checks import appended_lines, check, matches, outcome
-from harness.instrument import (APPLICATION, BACKED, BACKED_UP, BACKUP, CURRENT, DONE, DONE_LOG, EXTRAS, FONTS, FRESH,
+from harness.as_user import USER, as_cp, chown, owned_by_user
+from harness.instrument import (APPLICATION, BACKED, BACKED_UP, CODE, CURRENT, DONE, DONE_LOG, EXTRAS, FONTS, FRESH,
                                 I386, INSTALL, INSTALLED, LOG, OS_COMMANDS, OS_UPDATE, RUNTIME_ON_STICK, SUCCESS,
                                 SYSTEMS_CHECK)
-from harness.sandbox import SANDBOX, both, gone, prepare, put
-from harness.scenarios import SCENARIOS, add
-from powerloss_e2e import LOSSY, every_cut_point
-
-USER = (1000, 1000)
-AS_USER = ["setpriv", "--reuid=%d" % USER[0], "--regid=%d" % USER[1], "--clear-groups", "--"]
-CODE = "/home/vtx/Code"
-STICK_LOG = "/media/usb/instrument.log"
-os.umask(0o022)  # the instrument user's, for the program and the shell tools alike
-
-# The update's file steps by the shell tools, in order, to the first that fails or to $STOP (no file step stops there).
-REFERENCE = r"""C=/home/vtx/Code
-result() { echo "reference: $1"; exit 0; }
-[ -n "$LOG" ] || result stopped
-true >> "$LOG" || result "Disk error... (10)"
-if [ -e /media/usb/update/zip ] && [ ! -e $C/zip ]; then
-  cp /media/usb/update/zip $C/zip || result "Could not copy file(s): auxillary files"
-fi
-[ "$STOP" = backup ] && result stopped
-mkdir $C/Old || [ -e $C/Old ] || result "Disk error... (03)"
-cp $C/Application %(backup)s || result "Disk error... (04)"
-[ "$STOP" = install ] && result stopped
-cp $C/NEW/$BUILD $C/Application || result "Disk error... (06)"
-rm -r $C/NEW/*; rmdir $C/NEW || result "Disk error... (07)"
-if [ -e /media/usb/jfonts.tgz ] && [ ! -e /home/vtx/jfonts.tgz ]; then
-  cp /media/usb/jfonts.tgz /home/vtx || result "Could not copy file(s): font package"
-  (cd /home/vtx; tar xzf jfonts.tgz)
-fi
-cp "$LOG" /media/usb/ || result "Disk error... (13)"
-result done
-""" % dict(backup=BACKUP)
-
-
-def paths(run):
-    """Every folder, file and link of /home/vtx and the stick but the stand-in tools (root's, as the system's)."""
-    for area in ("/home/vtx/", "/media/usb/"):
-        base = run.path(area)
-        for folder, dirs, names in os.walk(base):
-            if folder == base and area == "/home/vtx/":
-                dirs.remove("bin")
-            for p in [folder] + [os.path.join(folder, n) for n in names + dirs]:
-                yield area + os.path.relpath(p, base), p
-
-
-def owned_by_user(run):
-    for _, p in paths(run):
-        os.lchown(p, *USER)
-
-
-def tree(run):
-    """Kind, mode, owner, group and content (but the logs') of everything paths() lists."""
-    out = {}
-    for key, p in paths(run):
-        st = os.lstat(p)
-        content = (os.readlink(p) if stat.S_ISLNK(st.st_mode) else None if not stat.S_ISREG(st.st_mode)
-                   or key.endswith(".log") else hashlib.sha256(open(p, "rb").read()).hexdigest()[:12])
-        out[key] = (stat.filemode(st.st_mode), st.st_uid, st.st_gid, content)
-    return out
-
-
-def reference(sc, status, stop, log, build):
-    """The tree the file steps leave as the user in a second root like the scenario's; they stop as the program did."""
-    root = tempfile.mkdtemp(prefix="vtx-e2e-%s-cp-" % sc.name)
-    try:
-        ref = prepare(sc, root)
-        inside = os.path.join(root, "inside-setup.sh")
-        open(inside, "w").write(sc.inside or "")
-        cmd = [SANDBOX, "--root", root, "--inside-setup", inside] + sc.sandbox
-        env = dict(os.environ, LOG=log or "", STOP=stop or "", BUILD=build, HOME="/home/vtx")
-        out = subprocess.run(cmd + ["--"] + AS_USER + ["/bin/sh", "-c", REFERENCE], env=env, cwd="/",
-                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True).stdout
-        got = [x[len("reference: "):] for x in out.splitlines() if x.startswith("reference: ")]
-        want = "done" if status == SUCCESS else "stopped" if stop else status
-        check(got == [want], "the shell's steps as the user ended with %r, the program with %r:\n%s" % (got, want, out))
-        return tree(ref)
-    finally:
-        shutil.rmtree(root, ignore_errors=True)
-
-
-def as_cp(name, status, stop=None, log=LOG, build="Application"):
-    """The run ends as the same steps done by the shell tools as the user end."""
-    def expect(run):
-        want, got = reference(SCENARIOS[name], status, stop, log, build), tree(run)
-        differ = ["%s: %s, with cp %s" % (p, got.get(p, "absent"), want.get(p, "absent"))
-                  for p in sorted(set(want) | set(got)) if want.get(p) != got.get(p)]
-        check(not differ, "files not as the shell tools leave them:\n" + "\n".join(differ))
-    return expect
+from harness.promises import STICK_LOG, every_cut_point
+from harness.sandbox import both, gone, link, put
+from harness.scenarios import add
+from powerloss_e2e import LOSSY
 
 
 def add_user(name, doc, status, log_lines, state, stop=None, tweak=None, setup=None, log=LOG, build="Application",
@@ -109,14 +20,6 @@ def add_user(name, doc, status, log_lines, state, stop=None, tweak=None, setup=N
         both(outcome(status, log_lines, state, **kw), as_cp("user_" + name, status, stop, log, build)),
         layout=layout, sandbox=["--user", "%d:%d" % USER] + list(sandbox), inside=inside,
         setup=both(*filter(None, (setup, owned_by_user, tweak))))
-
-
-def chown(path, uid, gid, mode=None):
-    return lambda run: (os.lchown(run.path(path), uid, gid), mode is None or os.chmod(run.path(path), mode))
-
-
-def link(path, target):
-    return lambda run: os.symlink(target, run.path(path))
 
 
 OLD_STICK_LOG = put(STICK_LOG, b"older log\r\n")

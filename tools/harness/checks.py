@@ -1,15 +1,18 @@
 """What a run left, held against what a scenario expects: the state a service engineer would find,
 the log's appended lines, the screen's bar, the pauses, the privileged commands, the service sheet."""
 
+import hashlib
 import os
 import re
+import stat
 import subprocess
 
 import service_sheet
 
+from . import sandbox
 from .console import CONSOLE, stamped_update_lines
-from .instrument import (APPLICATION, BACKUP, COPY_FOLDERS, EU_PREFIX, LOG, PARTIAL, RUNTIME_LINK, STATE_FILES,
-                         SUCCESS, US_PREFIX)
+from .instrument import (APPLICATION, BACKUP, CODE, COPY_FOLDERS, EU_PREFIX, LOG, NEW, PARTIAL, RUNTIME_LINK,
+                         STATE_FILES, STICK, SUCCESS, US_PREFIX)
 
 
 class Failure(Exception):
@@ -178,3 +181,48 @@ def cannot_start(run):
     """The loader refuses the program, whose C++ runtime is behind the missing link; nothing changes."""
     check(run.session() == ["exited", "127"] and "libstdc++.so.6: cannot open shared object file"
           in run.record("stderr.log") and run.files() == run.before, "the program started: %s" % run.session())
+
+
+# ---- the whole simulated instrument, before and after a run: only the update's own files change
+
+ROOT_RUNTIME = (RUNTIME_LINK, RUNTIME_LINK + ".0.22")
+
+
+def listing(run):
+    """(kind and mode, owner, group, content) of every entry the sandbox root holds for the instrument."""
+    out = {}
+    for area, sub in sandbox.IN_ROOT:
+        base = os.path.join(run.root, sub)
+        for folder, dirs, names in os.walk(base):
+            for p in [os.path.join(folder, n) for n in dirs + names] + ([folder] if folder != base else []):
+                st, key = os.lstat(p), area + os.path.relpath(p, base)
+                if stat.S_ISCHR(st.st_mode) and st.st_rdev == 0:
+                    continue  # the overlay's mark of a removed entry
+                data = (os.readlink(p) if stat.S_ISLNK(st.st_mode) else open(p, "rb").read()
+                        if stat.S_ISREG(st.st_mode) else None)
+                if isinstance(data, bytes) and not key.endswith(".log"):
+                    data = hashlib.sha256(data).hexdigest()[:16]
+                out[key] = (stat.filemode(st.st_mode), st.st_uid, st.st_gid, data)
+    return out
+
+
+def own_change(path, was, now, before, os_update):
+    """Whether the update may leave path as now: its own files only, each of a kind it makes."""
+    regular = now is not None and now[0].startswith("-")
+    if path == APPLICATION:  # the old build or a file of the new-build folder, whole
+        return regular and now[3] in {v[3] for p, v in before.items() if p == path or p.startswith(NEW + "/")}
+    if path == NEW or path.startswith(NEW + "/"):
+        return now is None
+    if path.startswith(CODE + "/Old"):
+        return (was is None or was[0].startswith("-")) and (regular or now[0].startswith("d"))
+    if path.startswith(CODE + "/") and path.endswith(".log") and path.count("/") == 4:
+        return regular and was is not None and was[0].startswith("-") and now[3].startswith(was[3])
+    if path in (CODE + "/release.manifest", CODE + "/release.manifest.minisig"):
+        return regular
+    if path in (CODE + "/zip", "/home/vtx/jfonts.tgz"):
+        return was is None and (now is None or regular)
+    if path == "/home/vtx/jfonts" or path.startswith("/home/vtx/jfonts/"):
+        return was is None and (regular or now[0].startswith("d"))
+    if path.startswith(STICK + "/") and path.endswith(".log") and path.count("/") == 3:
+        return regular
+    return os_update and path in ROOT_RUNTIME

@@ -204,3 +204,37 @@ def package(*members):
             info.type, info.linkname, info.size = (tarfile.SYMTYPE, data, 0) if link else (info.type, "", len(data))
             tar.addfile(info, None if link else io.BytesIO(data))
     return buf.getvalue()
+
+
+def fifo(path):
+    return lambda run: (os.makedirs(os.path.dirname(run.path(path)), exist_ok=True), os.mkfifo(run.path(path)))
+
+
+def link(path, target):
+    return lambda run: (os.makedirs(os.path.dirname(run.path(path)), exist_ok=True), os.symlink(target, run.path(path)))
+
+
+def folder(path):
+    return lambda run: os.makedirs(run.path(path), exist_ok=True)
+
+
+def newer(path):
+    return lambda run: os.utime(run.path(path), (2 ** 31 - 10,) * 2, follow_symlinks=False)
+
+
+def tgz(*members, kind=None):
+    """A package of (name, data) members; kind makes the last one a FIFO or a hard link."""
+    data = package(*members)
+    if kind:
+        buf = io.BytesIO()
+        with tarfile.open(fileobj=buf, mode="w:gz") as tar:
+            info = tarfile.TarInfo(members[-1][0])
+            info.type, info.linkname = kind, "jfonts/a.ttf"
+            tar.addfile(info)
+        data = buf.getvalue()
+    return put("/media/usb/jfonts.tgz", data)
+
+
+def made(path, data):
+    """Written when the layout is made: the large packages are not built when the scenarios are listed."""
+    return lambda run: run.write(path, data())

@@ -90,7 +90,11 @@ TEST(ComputerControlFiles, RemoveFolderTreeRemovesWhatItMatchesAndFollowsNoLink)
     EXPECT_TRUE(RemoveFolderTree(tree));
     EXPECT_FALSE(Exists(tree));
     EXPECT_EQ(ReadFile(outside + "/keep.txt"), "keep");
-    EXPECT_FALSE(RemoveFolderTree(tree));  // a hidden file, which "*" leaves, is e2e.code_07's
+    // A hidden name stays, as "folder/*" leaves it, and so does the folder holding it.
+    ASSERT_TRUE(mkdir(tree.c_str(), 0777) == 0 && WriteFile(tree + "/.hidden", "left") && WriteFile(tree + "/b", "x"));
+    EXPECT_FALSE(RemoveFolderTree(tree));
+    EXPECT_EQ(ReadFile(tree + "/.hidden"), "left");
+    EXPECT_FALSE(Exists(tree + "/b"));
 }
 
 TEST(ComputerControlCommands, CommandOutputAndExitStatus) {
