@@ -13,7 +13,6 @@
 #include "tests/update/RecordingScreen.h"
 #include "update/Update.h"
 #include "update/locations/InstrumentLocations.h"
-#include "update/os/ShellCommands.h"
 
 namespace {
 
@@ -48,40 +47,14 @@ Strings Join(std::initializer_list<Strings> parts) {
     return all;
 }
 
-// The smallest 32-bit x86 shared object named libstdc++.so.6: a header, .dynstr and .dynamic.
-std::string RuntimeImage(uint16_t machine = 3) {
-    std::string image;
-    auto put = [&image](uint32_t value, int bytes) {
-        for (int i = 0; i < bytes; ++i) image += static_cast<char>((value >> (8 * i)) & 0xff);
-    };
-    const std::string strings = std::string(1, '\0') + "libstdc++.so.6" + std::string(1, '\0');
-    const uint32_t shoff = 52 + static_cast<uint32_t>(strings.size()) + 16;
-    image = std::string("\x7f" "ELF\x01\x01\x01", 7) + std::string(9, '\0');
-    put(3, 2);
-    put(machine, 2);
-    put(1, 4);
-    for (uint32_t field : {0u, 0u, shoff, 0u}) put(field, 4);
-    for (uint32_t field : {52u, 0u, 0u, 40u, 3u, 0u}) put(field, 2);
-    image += strings;
-    for (uint32_t field : {14u, 1u, 0u, 0u}) put(field, 4);
-    image += std::string(40, '\0');
-    const uint32_t dynamic = 52 + static_cast<uint32_t>(strings.size());
-    for (uint32_t field : {0u, 3u, 0u, 0u, 52u, static_cast<uint32_t>(strings.size()), 0u, 0u, 1u, 0u}) put(field, 4);
-    for (uint32_t field : {0u, 6u, 0u, 0u, dynamic, 16u, 1u, 0u, 4u, 8u}) put(field, 4);
-    return image;
-}
-
-// A font package as tar makes it, of one member under the given name.
-std::string FontPackage(const std::string& member = "jfonts/ipag.ttf") {
-    char folder[] = "/tmp/vtx-fonts-XXXXXX";
-    if (mkdtemp(folder) == nullptr) return std::string();
-    const std::string dir = folder, command = "cd " + dir + " && mkdir -p $(dirname " + member + ") && echo font > " + member +
-                                              " && tar czf - " + member + " 2>/dev/null; rm -rf " + dir;
+// An input as the end-to-end runs' harness makes it: a runtime library, a font package.
+std::string Fixture(const std::string& what) {
+    const std::string command = "/usr/bin/python3 " VTX_SOURCE_DIR "/tools/harness/fixture.py " + what;
     std::string bytes;
-    FILE* tar = popen(command.c_str(), "r");
+    FILE* made = popen(command.c_str(), "r");
     char buffer[4096];
-    for (size_t n; tar != nullptr && (n = fread(buffer, 1, sizeof buffer, tar)) > 0;) bytes.append(buffer, n);
-    if (tar != nullptr) pclose(tar);
+    for (size_t n; made != nullptr && (n = fread(buffer, 1, sizeof buffer, made)) > 0;) bytes.append(buffer, n);
+    EXPECT_TRUE(made != nullptr && pclose(made) == 0 && !bytes.empty()) << command;
     return bytes;
 }
 
@@ -125,6 +98,7 @@ struct SOutcome {
     Strings commands;    // every command, in order
     Strings copies;      // every copy that took its name, in order ("from > to")
     Arrange verify = nullptr;
+    int special = 0;  // the command line's special command
 };
 
 // The simulated instrument every row starts from: the running build, a new one, one log, a
@@ -189,7 +163,7 @@ Arrange Status(const std::string& command, int status) {
 }
 Arrange WrongLink() { return [](CFakeSystem& fake) { fake.Link(GetRuntimeLibraryLink(), "libstdc++.so.6.0.20"); }; }
 Arrange Extras() {
-    return All({Put(kAux, "auxiliary"), Put(kFonts, FontPackage()),
+    return All({Put(kAux, "auxiliary"), Put(kFonts, Fixture("fonts")),
                 [](CFakeSystem& fake) { fake.Folder("/home/vtx/jfonts"); }});
 }
 
@@ -199,6 +173,14 @@ const Strings kSignedHead = {"*** Checking update signature ***"};
 // A signed stick refused: the reason on the log, nothing else done.
 SOutcome Refused(const char* name, Arrange arrange, const std::string& why) {
     return {name, arrange, kNotSigned, {"*** Checking update signature ***", "FAIL - " + why}, {}, {}};
+}
+
+// The privileged tool refuses the n-th command of the operating-system update.
+SOutcome Refusing(size_t n, const std::string& line) {
+    const Strings done(kOsUpdate.begin() + 2, kOsUpdate.begin() + 5 + static_cast<long>(n));
+    static const char* const names[] = {"(18) remount refused", "(18) runtime copy refused", "(18) link refused"};
+    return {names[n], All({WrongLink(), Put(kRuntime, Fixture("runtime")), Status(kOsCommands[n], 1)}),
+            "Disk error... (18)", Join({kSystemsCheck, done, {line}}), Strings(kOsCommands.begin(), kOsCommands.begin() + static_cast<long>(n) + 1), {}};
 }
 
 const Strings kCopied = {kNew + "/Application > " + kCode + "/Application"};
@@ -232,10 +214,10 @@ const std::vector<SOutcome>& Outcomes() {
         {"an equally new second log: the first listed", Put(kCode + "/a.log", ""), kSuccess, {},
          {kCheck, "sync", kReboot}, Join({kBackedUp, kCopied, {kCode + "/a.log > " + kStick + "/a.log"}}),
          [](CFakeSystem& fake) { EXPECT_EQ(fake.Bytes(kLog), "old\r\n"); }},
-        {"runtime link wrong: the operating system updated", All({WrongLink(), Put(kRuntime, RuntimeImage())}),
+        {"runtime link wrong: the operating system updated", All({WrongLink(), Put(kRuntime, Fixture("runtime"))}),
          kSuccess, Join({{"P no zip file on USB"}, kOsUpdate, kInstall, {"P Application started"}}),
          Join({kOsCommands, {kCheck, "sync", kReboot}}), kDone},
-        {"runtime link relative", All({Put(kRuntime, RuntimeImage()), [](CFakeSystem& fake) {
+        {"runtime link relative", All({Put(kRuntime, Fixture("runtime")), [](CFakeSystem& fake) {
               fake.Link(GetRuntimeLibraryLink(), GetRuntimeLibraryName());
           }}),
          kSuccess, Join({{"P no zip file on USB"}, kOsUpdate, kInstall, {"P Application started"}}),
@@ -275,30 +257,22 @@ const std::vector<SOutcome>& Outcomes() {
          {kSystemsCheck[0], kSystemsCheck[1], "FAIL - cannot read link version", "Contact service!"}, {}, {}},
         {"(18) no runtime on the stick", WrongLink(), "Disk error... (18)",
          Join({kSystemsCheck, {kOsUpdate[2], "FAIL - no prerequisites on USB"}}), {}, {}},
-        {"(18) runtime on the stick for x86-64", All({WrongLink(), Put(kRuntime, RuntimeImage(62))}),
+        {"(18) runtime on the stick for x86-64", All({WrongLink(), Put(kRuntime, Fixture("runtime 62"))}),
          "Disk error... (18)", Join({kSystemsCheck, {kOsUpdate[2], "FAIL - runtime on USB refused: not for x86"}}), {},
          {}},
-        {"(18) privileged tool gone", All({WrongLink(), Put(kRuntime, RuntimeImage()), Gone("/home/vtx/bin/VtxSecret")}),
+        {"(18) privileged tool gone", All({WrongLink(), Put(kRuntime, Fixture("runtime")), Gone("/home/vtx/bin/VtxSecret")}),
          "Disk error... (18)", Join({kSystemsCheck, {kOsUpdate[2], kOsUpdate[3], "FAIL - no prerequisites on disk"}}),
          {}, {}},
-        {"(18) remount refused", All({WrongLink(), Put(kRuntime, RuntimeImage()), Status(kOsCommands[0], 1)}),
-         "Disk error... (18)", Join({kSystemsCheck, {kOsUpdate.begin() + 2, kOsUpdate.begin() + 5}, {"FAIL - cannot mount OS"}}),
-         {kOsCommands[0]}, {}},
-        {"(18) runtime copy refused", All({WrongLink(), Put(kRuntime, RuntimeImage()), Status(kOsCommands[1], 1)}),
-         "Disk error... (18)",
-         Join({kSystemsCheck, {kOsUpdate.begin() + 2, kOsUpdate.begin() + 6}, {"FAIL - cannot copy prerequisites to OS"}}),
-         {kOsCommands[0], kOsCommands[1]}, {}},
-        {"(18) link refused", All({WrongLink(), Put(kRuntime, RuntimeImage()), Status(kOsCommands[2], 1)}),
-         "Disk error... (18)",
-         Join({kSystemsCheck, {kOsUpdate.begin() + 2, kOsUpdate.begin() + 7}, {"FAIL - cannot link prerequisites"}}),
-         kOsCommands, {}},
+        Refusing(0, "FAIL - cannot mount OS"),
+        Refusing(1, "FAIL - cannot copy prerequisites to OS"),
+        Refusing(2, "FAIL - cannot link prerequisites"),
         {"auxiliary file not copied", All({Put(kAux, "a"), Failing("copy " + kCode + "/zip", "full")}),
          "Could not copy file(s): auxillary files", {"P could not copy auxillary files"}, {}, {}},
         {"font package not copied", All({Put(kFonts, "f"), Failing("copy /home/vtx/jfonts.tgz", "full")}),
          "Could not copy file(s): font package",
          Join({kFontHead, {"P could not copy font package"}}),
          {kCheck}, Join({kBackedUp, kCopied})},
-        {"font package leading out of its folder", Put(kFonts, FontPackage("jfontsx/profile")),
+        {"font package leading out of its folder", Put(kFonts, Fixture("fonts jfontsx/profile")),
          "Could not copy file(s): font package unpack",
          Join({kFontHead, {"P font package refused: member jfontsx/profile lies outside jfonts/",
                 "P could not unpack font package"}}),
@@ -312,7 +286,7 @@ const std::vector<SOutcome>& Outcomes() {
          Join({kExtrasHead, {"P font package refused: tar ended with status 2",
                 "P could not unpack font package"}}),
          {kCheck, kTar}, Join({{kAux + " > " + kCode + "/zip"}, kFontCopies})},
-        {"tar leaves no font folder", All({Put(kFonts, FontPackage())}), "Could not copy file(s): font package unpack",
+        {"tar leaves no font folder", All({Put(kFonts, Fixture("fonts"))}), "Could not copy file(s): font package unpack",
          Join({kFontHead, {"P could not unpack font package"}}),
          {kCheck, kTar}, kFontCopies},
         {"the log cannot be written: the update goes on", Failing("log write", "No space left on device"), kSuccess, {},
@@ -322,7 +296,7 @@ const std::vector<SOutcome>& Outcomes() {
         {"reboot refused: the success text stays", Status(kReboot, 1), kSuccess, kDoneLog, {kCheck, "sync", kReboot},
          kDone},
         {"signed: installed and recorded",
-         All({WrongLink(), Put(kRuntime, RuntimeImage()), Put(kAux, "a"), Signed()}), kSuccess,
+         All({WrongLink(), Put(kRuntime, Fixture("runtime")), Put(kAux, "a"), Signed()}), kSuccess,
          Join({kSignedHead, {"signed release 2.1 accepted", "P auxillary files copied"}, kOsUpdate, kInstall,
                {"release 2.1 recorded in " + kCode + "/release.manifest", "P Application started"}}),
          {kOsCommands[0],
@@ -340,6 +314,11 @@ const std::vector<SOutcome>& Outcomes() {
          Join({kSignedHead, {"signed release 2.1 accepted"}, kChecked, kInstall,
                {"release 2.1 recorded in " + kCode + "/release.manifest", "P Application started"}}),
          {kCheck, "sync", kReboot}, kDone},
+        // Special command 1: no log at all (none is needed), no auxiliary file, no fonts.
+        {"the reduced update", All({Gone(kLog), Extras()}), kSuccess, {}, {kCheck, "sync", kReboot},
+         Join({kBackedUp, kCopied}), [](CFakeSystem& fake) { EXPECT_FALSE(fake.Has(kLog)); }, 1},
+        {"the day-first date setting", [](CFakeSystem&) { GetSettingsItemDateFormat().Set(eDateFormatEU); }, kSuccess,
+         kDoneLog, {kCheck, "sync", kReboot}, kDone},
         Refused("(19) no manifest", All({Signed(), Gone(kStick + "/update/manifest")}),
                 "update not signed: no manifest: " + kStick + "/update/manifest"),
         Refused("(19) no signature", All({Signed(), Gone(kStick + "/update/manifest.minisig")}),
@@ -384,8 +363,11 @@ TEST_P(UpdateOutcome, ScreenLogCommandsAndCopies) {
     {
         CUpdateProcedure procedure(&screen, &fake);
         procedure.SetPauseMilliseconds(0);
+        procedure.SetSpecialCommand(row.special);
         procedure.RunClosingSequence();
     }
+    const bool dayFirst = GetSettingsItemDateFormat().IsDayFirst();
+    GetSettingsItemDateFormat().ResetToDefault(0);
     ASSERT_FALSE(screen.texts.empty());
     EXPECT_EQ(screen.texts.front(), "Copying files...");
     EXPECT_EQ(screen.texts.back(), row.status);
@@ -394,9 +376,9 @@ TEST_P(UpdateOutcome, ScreenLogCommandsAndCopies) {
     EXPECT_EQ(screen.progress[0].first, screen.progress[0].second);
 
     std::string expected;
-    const std::string prefix = fake.now.FormatDateTime(false);
+    const std::string prefix = fake.now.FormatDateTime(dayFirst);
     for (const std::string& line : row.log) expected += (line.compare(0, 2, "P ") == 0 ? prefix + line.substr(1) : line) + "\r\n";
-    EXPECT_EQ(fake.Bytes(kLog), logBefore + expected);
+    EXPECT_EQ(fake.Bytes(kLog), logBefore.empty() ? std::string() : logBefore + expected);
     EXPECT_EQ(fake.commands, row.commands);
     EXPECT_EQ(fake.copies, row.copies);
     if (row.verify) row.verify(fake);
@@ -409,34 +391,5 @@ INSTANTIATE_TEST_SUITE_P(Table, UpdateOutcome, ::testing::Range<size_t>(0, Outco
                                  if (!isalnum(static_cast<unsigned char>(c))) c = '_';
                              return name;
                          });
-
-// The reduced update of special command 1, set after the start as the view may deliver it: no
-// log at all (none is needed), no auxiliary file, no fonts.
-TEST(UpdateOutcomes, ReducedUpdateTouchesNoLogAndNoExtras) {
-    CFakeSystem fake;
-    Instrument(fake);
-    Gone(kLog)(fake);
-    Extras()(fake);
-    CRecordingScreen screen;
-    CUpdateProcedure procedure(&screen, &fake);
-    procedure.SetPauseMilliseconds(0);
-    procedure.SetSpecialCommand(1);
-    EXPECT_TRUE(procedure.RunClosingSequence());
-    EXPECT_EQ(screen.texts.back(), kSuccess);
-    EXPECT_EQ(fake.copies, Join({kBackedUp, kCopied}));
-    EXPECT_FALSE(fake.Has(kLog));
-}
-
-// The date-format setting decides the log's prefix.
-TEST(UpdateOutcomes, DayFirstPrefix) {
-    CFakeSystem fake;
-    Instrument(fake);
-    GetSettingsItemDateFormat().Set(eDateFormatEU);
-    CRecordingScreen screen;
-    CUpdateProcedure(&screen, &fake).RunUpdateProcedure();
-    GetSettingsItemDateFormat().ResetToDefault(0);
-    EXPECT_NE(fake.Bytes(kLog).find(fake.now.FormatDateTime(true) + " Old version"), std::string::npos);
-    EXPECT_NE(fake.now.FormatDateTime(true), fake.now.FormatDateTime(false));
-}
 
 }  // namespace
