@@ -54,7 +54,9 @@ std::string PrivilegedReboot() { return Words({GetPrivilegedTool(), "reboot"}); 
 
 std::string SetHostName(const std::string& name) { return Words({GetHostNameTool(), name}); }
 
-std::string RemountWritable(const std::string& mountPoint) { return Words({"mount", "-o", "remount,rw", mountPoint}); }
+std::string RemountWritable(const std::string& mountPoint) {
+    return Words({"mount", "-o", "remount,rw", mountPoint});
+}
 
 std::string CopyPlain(const std::string& from, const std::string& to) { return Words({"cp", from, to}); }
 

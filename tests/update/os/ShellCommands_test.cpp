@@ -1,5 +1,5 @@
-// Each command line run by /bin/sh with stand-ins on PATH, and the instrument's tools replaced by
-// stand-ins of the same name, each writing its name and [argument]s as a line.
+// Each builder's line run by /bin/sh as the program runs it, with stand-ins in place of the programs
+// and of the instrument's tools.
 #include "update/os/ShellCommands.h"
 
 #include "tests/common/TestFiles.h"
@@ -18,10 +18,15 @@ using vtxtest::CTestFolder;
 
 TEST(ShellCommands, EveryWordReachesItsProgramExactly) {
     CTestFolder bin, folder;
-    const std::string record = folder / "record", w = "a b\"c'd\\e`f$g", f = folder / w, tools = GetUserHomeFolder() + "/bin/";
-    ASSERT_TRUE(vtxtest::WriteScript(bin / "show", "{ printf %s \"${0##*/}\"; for a; do printf '[%s]' \"$a\"; done; echo; } >> '" +
-                                                       record + "'\n[ \"${0##*/}\" != VtxSecret ] || [ \"$1\" = reboot ] || exec /bin/sh -c \"$1\"\n"));
-    for (const std::string& name : std::initializer_list<std::string>{"cp", "ln", "mount", "ldd", "tar", "VtxSecret", "VtxHostname", "append_fstab", w})
+    const std::string record = folder / "record", w = "a b\"c'd\\e`f$g", f = folder / w,
+                      tools = GetUserHomeFolder() + "/bin/";
+    // Each stand-in writes its name and [argument]s as a line; the privileged one then runs its argument.
+    const std::string standIn = "{ printf %s \"${0##*/}\"; for a; do printf '[%s]' \"$a\"; done; echo; } >> '" +
+                                record +
+                                "'\n[ \"${0##*/}\" != VtxSecret ] || [ \"$1\" = reboot ] || exec sh -c \"$1\"\n";
+    ASSERT_TRUE(vtxtest::WriteScript(bin / "show", standIn));
+    for (const std::string& name : std::initializer_list<std::string>{
+             "cp", "ln", "mount", "ldd", "tar", "VtxSecret", "VtxHostname", "append_fstab", w})
         ASSERT_EQ(symlink("show", (bin / name).c_str()), 0);
     ASSERT_TRUE(std::filesystem::create_directory(f));
     const std::string fstab = "//" + w + "/a\\040b\"c'd\\e`f$g " + f + " cifs username=" + w + ",password=" + w +
@@ -46,7 +51,7 @@ TEST(ShellCommands, EveryWordReachesItsProgramExactly) {
         ASSERT_TRUE(vtxtest::WriteFile(record, ""));
         std::string line = row.line;
         if (line.rfind(tools, 0) == 0) line.replace(0, tools.size(), bin.Path() + "/");
-        std::system(("set -e; PATH=" + bin.Path() + ":$PATH; exec 2>/dev/null; " + line).c_str());
+        ASSERT_NE(std::system(("set -e; PATH=" + bin.Path() + ":$PATH; exec 2>/dev/null; " + line).c_str()), -1);
         EXPECT_EQ(vtxtest::ReadFile(record), row.received + "\n");
     }
 }
@@ -56,7 +61,8 @@ TEST(ShellCommands, OrdinaryWordsGiveTheLinesTheToolsHaveAlwaysHad) {
     const struct {
         std::string line, expected;
     } rows[] = {
-        {Copy("/media/usb/update/zip", "/home/vtx/Code/zip"), R"(cp "/media/usb/update/zip" "/home/vtx/Code/zip")"},
+        {Copy("/media/usb/update/zip", "/home/vtx/Code/zip"),
+         R"(cp "/media/usb/update/zip" "/home/vtx/Code/zip")"},
         {Privileged(RemountWritable(image)), R"(/home/vtx/bin/VtxSecret "mount -o remount,rw /mnt/root-ro")"},
         {Privileged(Shutdown("/sbin/shutdown", 0)), R"(/home/vtx/bin/VtxSecret "/sbin/shutdown -P now ''")"},
         {PrivilegedReboot(), "/home/vtx/bin/VtxSecret reboot"},
@@ -70,7 +76,8 @@ TEST(ShellCommands, OrdinaryWordsGiveTheLinesTheToolsHaveAlwaysHad) {
         {Shutdown("/sbin/shutdown", 2), "/sbin/shutdown -r now ''"},
         {SetSystemClock(2019, 3, 5, 9, 4, 7), R"(date -s "2019- 3- 5  9: 4: 7")"},
         {Beep(440, 200), "beep -f 440 -l 200"},
-        {LibraryCheck("/home/vtx/Code/NEW/Application"), "[[ $(ldd /home/vtx/Code/NEW/Application | grep not | wc -l) -eq 0 ]]"},
+        {LibraryCheck("/home/vtx/Code/NEW/Application"),
+         "[[ $(ldd /home/vtx/Code/NEW/Application | grep not | wc -l) -eq 0 ]]"},
         {UnpackFontPackage("/home/vtx", "jfonts.tgz"), "cd /home/vtx; tar xzf jfonts.tgz"},
     };
     for (const auto& row : rows) EXPECT_EQ(row.line, row.expected);
