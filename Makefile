@@ -13,7 +13,7 @@ PACKAGES := build-essential cmake ninja-build pkg-config python3 python3-polib g
             xvfb xauth x11-apps x11-utils imagemagick util-linux \
             fonts-liberation fonts-linuxlibertine fonts-wqy-microhei \
             clang libclang-rt-dev gcovr python3-fusepy file git patchelf zlib1g-dev
-PACKAGES += clang-tidy cppcheck
+PACKAGES += clang-tidy cppcheck clang-format
 # Signed updates: the library that checks a signature, and the tool that makes and checks them.
 PACKAGES += minisign libsodium-dev
 
@@ -107,7 +107,7 @@ I386_HOST_PACKAGES := g++-i686-linux-gnu debootstrap qemu-user-static
 I386_HOST_APT := -o Dpkg::Options::=--path-exclude=/usr/lib/i386-linux-gnu \
                  -o 'Dpkg::Options::=--path-exclude=/usr/lib/i386-linux-gnu/*'
 # In the root: what the build links against and what the tests run; no compiler.
-I386_ROOT_PACKAGES := $(filter-out build-essential ninja-build clang libclang-rt-dev gcovr git clang-tidy cppcheck,$(PACKAGES)) cmake binutils
+I386_ROOT_PACKAGES := $(filter-out build-essential ninja-build clang libclang-rt-dev gcovr git clang-tidy cppcheck clang-format,$(PACKAGES)) cmake binutils
 
 i386-root:
 	@$(MAKE) --no-print-directory deps PACKAGES="$(I386_HOST_PACKAGES)" APT_OPTIONS="$(I386_HOST_APT)"
@@ -165,12 +165,20 @@ coverage:
 fuzz: deps
 	tools/run-fuzz
 
-format:
-	git ls-files '*.cpp' '*.h' | xargs clang-format -i
+# Every C++ file of the tree, tests, fuzz targets and benchmarks included; not the image generator's
+# template, which becomes C++ only once its placeholders are filled.
+CXX_FILES = $(shell git ls-files '*.cpp' '*.h' ':!:res/*.template.cpp')
 
-# clang-tidy (the check set of .clang-tidy) and cppcheck over the program's sources (tools/lint).
+format:
+	clang-format -i $(CXX_FILES)
+
+# clang-tidy (the check set of .clang-tidy) and cppcheck over the program's sources (tools/lint), and
+# every C++ file as .clang-format lays it out (the first difference of each file is shown).
 lint: build
-	JOBS=$(JOBS) tools/lint $(BUILD)
+	@status=0; JOBS=$(JOBS) tools/lint $(BUILD) || status=1; \
+	clang-format --dry-run -Werror --ferror-limit=1 $(CXX_FILES) || \
+	  { echo "lint: C++ files differ from .clang-format: run make format" >&2; status=1; }; \
+	exit $$status
 
 clean:
 	rm -rf build build-asan build-tsan build-coverage build-i386
