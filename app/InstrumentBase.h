@@ -20,7 +20,8 @@ public:
 
     // Holds the three pointers, owns none of them. A first control identifier other than
     // kKeepControlIds restarts the application-wide counter there.
-    CInstrumentBase(wxFont* defaultFont, CRect* clientRect, wxWindow* parent, int firstControlId = kKeepControlIds);
+    CInstrumentBase(wxFont* defaultFont, CRect* clientRect, wxWindow* parent,
+                    int firstControlId = kKeepControlIds);
     virtual ~CInstrumentBase();
     CInstrumentBase(const CInstrumentBase&) = delete;
     CInstrumentBase& operator=(const CInstrumentBase&) = delete;

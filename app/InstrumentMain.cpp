@@ -83,10 +83,10 @@ CInstrumentMain::CInstrumentMain(CInstrumentBase* drawingContext)
     // The views draw with their own instrument object over the same font, rectangle and parent.
     // The copy is taken once per process and outlives every view that points at it.
     static CRect viewRect = drawingContext && drawingContext->GetClientRect() ? *drawingContext->GetClientRect()
-                                                                                : CRect();
-    GetViewInstrumentBase().Set(new CInstrumentBase(drawingContext ? drawingContext->GetDefaultFont() : nullptr,
-                                                    &viewRect,
-                                                    drawingContext ? drawingContext->GetParentWindow() : nullptr));
+                                                                              : CRect();
+    GetViewInstrumentBase().Set(
+        new CInstrumentBase(drawingContext ? drawingContext->GetDefaultFont() : nullptr, &viewRect,
+                            drawingContext ? drawingContext->GetParentWindow() : nullptr));
 
     SetCursorVisible(false);
 

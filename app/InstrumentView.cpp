@@ -6,7 +6,8 @@
 #include "app/InstrumentBase.h"
 #include "ui/VisualComponents.h"
 
-CInstrumentViewInterface::CInstrumentViewInterface(const CInstrumentViewCreatorNeeds& needs, const std::string& name)
+CInstrumentViewInterface::CInstrumentViewInterface(const CInstrumentViewCreatorNeeds& needs,
+                                                   const std::string& name)
     : m_needs(needs), m_viewName(name) {
     wxWindow* parent = needs.instrument ? needs.instrument->GetParentWindow() : nullptr;
     if (!parent) return;

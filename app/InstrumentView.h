@@ -18,7 +18,7 @@ class CInstrumentMain;
 
 // What every view constructor receives.
 struct CInstrumentViewCreatorNeeds {
-    CInstrumentBase* instrument = nullptr;   // the view-side instrument object
+    CInstrumentBase* instrument = nullptr;  // the view-side instrument object
     CInstrumentViewLayer* viewLayer = nullptr;
     CInstrumentMain* main = nullptr;
 };

@@ -85,8 +85,8 @@ private:
         clock_gettime(CLOCK_MONOTONIC, &now);
         char line[512];
         const int length = std::snprintf(line, sizeof line, "%s%lld.%09ld%s%s\n", prefix,
-                                         static_cast<long long>(now.tv_sec), now.tv_nsec, detail.empty() ? "" : " ",
-                                         detail.c_str());
+                                         static_cast<long long>(now.tv_sec), now.tv_nsec,
+                                         detail.empty() ? "" : " ", detail.c_str());
         if (length <= 0) return;
         // One write, so that the line is never split by a log line of another thread. A failed
         // write has nowhere to be reported.

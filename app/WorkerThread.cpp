@@ -33,7 +33,8 @@ void CountThread(int delta) {
 }
 }  // namespace
 
-CWorkerThread::CWorkerThread(ThreadFunction function, void* argument) : m_function(function), m_argument(argument) {}
+CWorkerThread::CWorkerThread(ThreadFunction function, void* argument)
+    : m_function(function), m_argument(argument) {}
 
 CWorkerThread::~CWorkerThread() = default;
 
@@ -96,7 +97,8 @@ int GetRunningWorkerThreadCount() {
 bool WaitForWorkerThreads(uint32_t timeoutMs) {
     CRunningThreads& running = RunningThreads();
     std::unique_lock<std::mutex> lock(running.mutex);
-    return running.ended.wait_for(lock, std::chrono::milliseconds(timeoutMs), [&] { return running.count == 0; });
+    return running.ended.wait_for(lock, std::chrono::milliseconds(timeoutMs),
+                                  [&] { return running.count == 0; });
 }
 
 // ---------------------------------------------------------------------------------------------

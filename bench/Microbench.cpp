@@ -56,8 +56,9 @@ void Ref_TextLookup(benchmark::State& state) {
     const std::string* table = GetLanguageTable(static_cast<int>(state.range(0)));
     uint32_t id = 0;
     for (auto _ : state) {
-        const std::string& text = id >= kDeveloperFirstId && id <= kDeveloperLastId ? TEXTS_DEV[id - kDeveloperFirstId]
-                                                                                   : table[LanguageTableIndex(id)];
+        const std::string& text = id >= kDeveloperFirstId && id <= kDeveloperLastId
+                                      ? TEXTS_DEV[id - kDeveloperFirstId]
+                                      : table[LanguageTableIndex(id)];
         benchmark::DoNotOptimize(text.size());
         id = NextTextId(id);
     }
@@ -106,7 +107,8 @@ void SettingsLoad(benchmark::State& state) {
     CScratchSettings scratch;
     if (!scratch.IsOk()) return state.SkipWithError("no scratch folder");
     for (auto _ : state)
-        benchmark::DoNotOptimize(CScratchSettings::Collection().LoadOriginFromFile(eSettingsOriginUser, scratch.Path()));
+        benchmark::DoNotOptimize(
+            CScratchSettings::Collection().LoadOriginFromFile(eSettingsOriginUser, scratch.Path()));
 }
 
 // Reading the same file into a map of key to value.
@@ -129,7 +131,8 @@ void SettingsSave(benchmark::State& state) {
     CScratchSettings scratch;
     if (!scratch.IsOk()) return state.SkipWithError("no scratch folder");
     for (auto _ : state)
-        benchmark::DoNotOptimize(CScratchSettings::Collection().SaveOriginToFile(eSettingsOriginUser, scratch.Path()));
+        benchmark::DoNotOptimize(
+            CScratchSettings::Collection().SaveOriginToFile(eSettingsOriginUser, scratch.Path()));
 }
 
 // Writing the same lines, made beforehand, with a stream.
@@ -192,8 +195,8 @@ void Ref_ImageCacheLoad(benchmark::State& state) {
     if (!resource) return state.SkipWithError("no frame image");
     for (auto _ : state) {
         wxImage image;
-        image.SetData(const_cast<unsigned char*>(resource->GetRgbData()), resource->GetWidth(), resource->GetHeight(),
-                      true);
+        image.SetData(const_cast<unsigned char*>(resource->GetRgbData()), resource->GetWidth(),
+                      resource->GetHeight(), true);
         const wxBitmap bitmap(image, wxBITMAP_SCREEN_DEPTH);
         benchmark::DoNotOptimize(bitmap.ConvertToImage().IsOk());
     }

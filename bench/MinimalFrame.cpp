@@ -22,7 +22,8 @@ void Report(const char* prefix, const char* detail) {
     clock_gettime(CLOCK_MONOTONIC, &now);
     char line[128];
     const int length = std::snprintf(line, sizeof line, "%s%lld.%09ld%s%s\n", prefix,
-                                     static_cast<long long>(now.tv_sec), now.tv_nsec, *detail ? " " : "", detail);
+                                     static_cast<long long>(now.tv_sec), now.tv_nsec, *detail ? " " : "",
+                                     detail);
     if (length > 0 && ::write(STDERR_FILENO, line, static_cast<size_t>(length)) < 0) return;
 }
 
@@ -32,8 +33,8 @@ public:
         delete wxLog::SetActiveTarget(new wxLogStderr);
         SetSignalHandler(SIGTERM, &CMinimalApp::OnStop);
         SetSignalHandler(SIGINT, &CMinimalApp::OnStop);
-        wxFrame* frame = new wxFrame(nullptr, wxID_ANY, wxEmptyString, wxPoint(0, 0), wxGetDisplaySize(),
-                                     wxBORDER_NONE);
+        wxFrame* frame =
+            new wxFrame(nullptr, wxID_ANY, wxEmptyString, wxPoint(0, 0), wxGetDisplaySize(), wxBORDER_NONE);
         frame->SetBackgroundStyle(wxBG_STYLE_PAINT);
         frame->Bind(wxEVT_PAINT, [this, frame](wxPaintEvent&) {
             wxPaintDC dc(frame);

@@ -136,8 +136,7 @@ public:
     }
     virtual ~CCollectorsItem() {
         // The collector may have died first at exit; then there is nothing to leave.
-        if (m_collector && m_self && !CSingleton<Collector>::IsDestroyed())
-            m_collector->Unregister(m_self);
+        if (m_collector && m_self && !CSingleton<Collector>::IsDestroyed()) m_collector->Unregister(m_self);
     }
     CCollectorsItem(const CCollectorsItem&) = delete;
     CCollectorsItem& operator=(const CCollectorsItem&) = delete;

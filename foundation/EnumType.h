@@ -59,15 +59,42 @@ class CSafeEnumType : public CEnumType<E, N, Wrap> {
 public:
     explicit CSafeEnumType(E defaultValue) : Base(defaultValue) {}
 
-    bool IsValid() const override { std::lock_guard<std::mutex> l(m_mutex); return Base::IsValid(); }
-    E Get() const override { std::lock_guard<std::mutex> l(m_mutex); return Base::Get(); }
-    int GetValue() const override { std::lock_guard<std::mutex> l(m_mutex); return Base::GetValue(); }
-    E Set(int value) override { std::lock_guard<std::mutex> l(m_mutex); return Base::Set(value); }
-    void Assign(int value) override { std::lock_guard<std::mutex> l(m_mutex); Base::Assign(value); }
-    E Next() override { std::lock_guard<std::mutex> l(m_mutex); return Base::Next(); }
-    E Previous() override { std::lock_guard<std::mutex> l(m_mutex); return Base::Previous(); }
-    std::string ToText() const override { std::lock_guard<std::mutex> l(m_mutex); return Base::ToText(); }
-    bool Is(int value) const override { std::lock_guard<std::mutex> l(m_mutex); return Base::Is(value); }
+    bool IsValid() const override {
+        std::lock_guard<std::mutex> l(m_mutex);
+        return Base::IsValid();
+    }
+    E Get() const override {
+        std::lock_guard<std::mutex> l(m_mutex);
+        return Base::Get();
+    }
+    int GetValue() const override {
+        std::lock_guard<std::mutex> l(m_mutex);
+        return Base::GetValue();
+    }
+    E Set(int value) override {
+        std::lock_guard<std::mutex> l(m_mutex);
+        return Base::Set(value);
+    }
+    void Assign(int value) override {
+        std::lock_guard<std::mutex> l(m_mutex);
+        Base::Assign(value);
+    }
+    E Next() override {
+        std::lock_guard<std::mutex> l(m_mutex);
+        return Base::Next();
+    }
+    E Previous() override {
+        std::lock_guard<std::mutex> l(m_mutex);
+        return Base::Previous();
+    }
+    std::string ToText() const override {
+        std::lock_guard<std::mutex> l(m_mutex);
+        return Base::ToText();
+    }
+    bool Is(int value) const override {
+        std::lock_guard<std::mutex> l(m_mutex);
+        return Base::Is(value);
+    }
 
 private:
     mutable std::mutex m_mutex;

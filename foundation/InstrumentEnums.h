@@ -28,8 +28,20 @@ enum eXmlTimeTokens { eXmlTimeHour = 0, eXmlTimeMinute, eXmlTimeSecond };
 enum eDateTokenCPP { eDateTokenMonth = 0, eDateTokenDay, eDateTokenYear };
 enum eTimeTokenCPP { eTimeTokenHour = 0, eTimeTokenMinute, eTimeTokenSecond };
 // The type name is spelled "Montsh" on purpose: the framework has always called it so.
-enum eMontshInYear { eJanuary = 0, eFebruary, eMarch, eApril, eMay, eJune, eJuly, eAugust,
-                     eSeptember, eOctober, eNovember, eDecember };
+enum eMontshInYear {
+    eJanuary = 0,
+    eFebruary,
+    eMarch,
+    eApril,
+    eMay,
+    eJune,
+    eJuly,
+    eAugust,
+    eSeptember,
+    eOctober,
+    eNovember,
+    eDecember
+};
 enum ePredictorAlgorithm { ePredictorFirst = 0, ePredictorLast = 26 };
 
 namespace NS_ChineseLiteration {

@@ -21,12 +21,17 @@ const std::string& GetInstrumentKey(eInstrumentKey key) {
     // Function-local, so that items built during static construction of any module find it, and
     // it outlives them.
     static const std::string keys[eKeyCount + 1] = {
-        "Language",        "DateFormat",      "BeepAudioReminder", "ChineseLiteration",
-        "JapaneseLiteration", "PlasmaQcMode", "BeepFrequency",     "LEDIntensityCH0",
-        "LEDIntensityCH1", "Instrument Name", "Measurement Data",  "Software Version",
-        "MAC address",     "ServerIpAdr",     "ServerPort",        "InstrIpType",
-        "InstrIpAddr",     "InstrIpMask",     "InstrIpDefGate",    "InstrumentMode",
-        "Operator",        "",
+        "Language",           "DateFormat",
+        "BeepAudioReminder",  "ChineseLiteration",
+        "JapaneseLiteration", "PlasmaQcMode",
+        "BeepFrequency",      "LEDIntensityCH0",
+        "LEDIntensityCH1",    "Instrument Name",
+        "Measurement Data",   "Software Version",
+        "MAC address",        "ServerIpAdr",
+        "ServerPort",         "InstrIpType",
+        "InstrIpAddr",        "InstrIpMask",
+        "InstrIpDefGate",     "InstrumentMode",
+        "Operator",           "",
     };
     const int index = static_cast<int>(key);
     return keys[(index >= 0 && index < eKeyCount) ? index : eKeyCount];
@@ -51,12 +56,15 @@ const char* const kDateFormatTexts[2] = {"US", "EU"};
 
 CInstrumentSettingsDateFormat::CInstrumentSettingsDateFormat(int origin, const std::string* key,
                                                              eInstrumentDateFormat defaultValue)
-    : CInstrumentSettingsItemEnum<eInstrumentDateFormat, 2, false>(origin, key, defaultValue, kDateFormatTexts) {}
+    : CInstrumentSettingsItemEnum<eInstrumentDateFormat, 2, false>(origin, key, defaultValue, kDateFormatTexts) {
+}
 
 CInstrumentSettingsItemBool::CInstrumentSettingsItemBool(int origin, const std::string* key, bool defaultValue)
     : CInstrumentSettingsItemBase(origin, key), m_value(defaultValue), m_default(defaultValue) {}
 
-void CInstrumentSettingsItemBool::SetFromText(const wxString& text) { m_value.Set(BytesCarriedByText(text) == "TRUE"); }
+void CInstrumentSettingsItemBool::SetFromText(const wxString& text) {
+    m_value.Set(BytesCarriedByText(text) == "TRUE");
+}
 void CInstrumentSettingsItemBool::ResetToDefault(int) { m_value.Set(m_default); }
 wxString CInstrumentSettingsItemBool::GetAsText() const { return m_value.Get() ? "TRUE" : "FALSE"; }
 
@@ -118,7 +126,8 @@ const char* const kBeepFrequencyTexts[4] = {"2300HZ", "2500HZ", "2700HZ", "2900H
 
 CInstrumentSettingsLanguage g_language(eSettingsOriginUser, &GetInstrumentKey(eKeyLanguage), eLanguageEnglish,
                                        kLanguageTexts);
-CInstrumentSettingsDateFormat g_dateFormat(eSettingsOriginUser, &GetInstrumentKey(eKeyDateFormat), eDateFormatUS);
+CInstrumentSettingsDateFormat g_dateFormat(eSettingsOriginUser, &GetInstrumentKey(eKeyDateFormat),
+                                           eDateFormatUS);
 CInstrumentSettingsBeepAudioReminder g_beepAudioReminder(eSettingsOriginUser,
                                                          &GetInstrumentKey(eKeyBeepAudioReminder), eBeepOnce,
                                                          kBeepAudioReminderTexts);
@@ -130,7 +139,8 @@ CInstrumentSettingsJapaneseLiteration g_japaneseLiteration(eSettingsOriginUser,
                                                            &GetInstrumentKey(eKeyJapaneseLiteration),
                                                            NS_JapaneseLiteration::eJapaneseKana,
                                                            kJapaneseLiterationTexts);
-CInstrumentSettingsItemBool g_plasmaQcMode(eSettingsOriginUserSecond, &GetInstrumentKey(eKeyPlasmaQcMode), false);
+CInstrumentSettingsItemBool g_plasmaQcMode(eSettingsOriginUserSecond, &GetInstrumentKey(eKeyPlasmaQcMode),
+                                           false);
 CInstrumentSettingsBeepFrequency g_beepFrequency(eSettingsOriginFactory, &GetInstrumentKey(eKeyBeepFrequency),
                                                  eBeep2700Hz, kBeepFrequencyTexts);
 CInstrumentSettingsLedIntensity g_ledIntensityCH0(eSettingsOriginFactory, &GetInstrumentKey(eKeyLEDIntensityCH0),
@@ -230,7 +240,8 @@ bool CInstrumentSettingsCollection::SaveOriginToFile(int origin, const std::stri
     const CInstrumentSettingsItemOriginCount list(*this, origin);
     bool written = true;
     for (CInstrumentSettingsItemBase* item : list.GetItems()) {
-        written = writer.WriteLine(item->GetKey() + kSeparator + BytesCarriedByText(item->GetAsText())) && written;
+        written = writer.WriteLine(item->GetKey() + kSeparator + BytesCarriedByText(item->GetAsText())) &&
+                  written;
     }
     return writer.Close() && written;
 }

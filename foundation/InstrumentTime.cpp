@@ -18,8 +18,8 @@ std::string ToUtf8(const wxString& text) { return text.utf8_string(); }
 
 CInstrumentTime::CInstrumentTime(int day, int month, int year, int hour, int minute, int second) {
     // wxDateTime asserts on impossible fields; an impossible time is an invalid one here.
-    if (month < 1 || month > 12 || day < 1 || hour < 0 || hour > 23 || minute < 0 || minute > 59 ||
-        second < 0 || second > 59)
+    if (month < 1 || month > 12 || day < 1 || hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 ||
+        second > 59)
         return;
     const wxDateTime::Month m = static_cast<wxDateTime::Month>(month - 1);
     if (day > wxDateTime::GetNumberOfDays(m, year)) return;
@@ -85,9 +85,17 @@ const std::string& CInstrumentTime::XmlFormat() {
         time[eXmlTimeMinute] = "%M";
         time[eXmlTimeSecond] = "%S";
         std::string f;
-        f.append(date[eXmlDateYear]).append("-").append(date[eXmlDateMonth]).append("-").append(date[eXmlDateDay]);
+        f.append(date[eXmlDateYear])
+            .append("-")
+            .append(date[eXmlDateMonth])
+            .append("-")
+            .append(date[eXmlDateDay]);
         f.append("T");
-        f.append(time[eXmlTimeHour]).append(":").append(time[eXmlTimeMinute]).append(":").append(time[eXmlTimeSecond]);
+        f.append(time[eXmlTimeHour])
+            .append(":")
+            .append(time[eXmlTimeMinute])
+            .append(":")
+            .append(time[eXmlTimeSecond]);
         return f;
     }();
     return format;

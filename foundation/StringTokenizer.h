@@ -23,7 +23,9 @@ public:
 template <class String, class Char>
 class TStringTokenizer {
 public:
-    TStringTokenizer(const String& input, Char separator) { Split(input, TTokenString<String, Char>(separator)); }
+    TStringTokenizer(const String& input, Char separator) {
+        Split(input, TTokenString<String, Char>(separator));
+    }
     virtual ~TStringTokenizer() = default;
 
     uint32_t GetTokenCount() const { return static_cast<uint32_t>(m_tokens.size()); }

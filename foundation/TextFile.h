@@ -121,8 +121,10 @@ private:
     OFStream m_stream;
 };
 
-using CTextFileReader = TTextFileReader<std::basic_ios<char>, std::basic_ifstream<char>, std::basic_string<char>>;
-using CTextFileWriter = TTextFileWriter<std::basic_ios<char>, std::basic_ofstream<char>, std::basic_string<char>>;
+using CTextFileReader =
+    TTextFileReader<std::basic_ios<char>, std::basic_ifstream<char>, std::basic_string<char>>;
+using CTextFileWriter =
+    TTextFileWriter<std::basic_ios<char>, std::basic_ofstream<char>, std::basic_string<char>>;
 using CTextFileReaderW =
     TTextFileReader<std::basic_ios<wchar_t>, std::basic_ifstream<wchar_t>, std::basic_string<wchar_t>>;
 using CTextFileWriterW =

@@ -17,7 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         for (const auto& file : manifest.GetFiles()) {
             const std::string bounded = "/" + file.first + "/";
             VTX_FUZZ_CHECK(bounded.size() > 2 && bounded.find("//") == std::string::npos &&
-                           bounded.find("/./") == std::string::npos && bounded.find("/../") == std::string::npos);
+                           bounded.find("/./") == std::string::npos &&
+                           bounded.find("/../") == std::string::npos);
             VTX_FUZZ_CHECK(file.second.sha256.size() == 64 && file.second.size <= (uint64_t{1} << 53));
         }
     } else {

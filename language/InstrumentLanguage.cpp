@@ -61,8 +61,7 @@ bool CInstrumentLanguageDef::IsRomanceLanguage() const {
 
 const std::string& CInstrumentLanguageDef::GetTextForLanguage(uint32_t textId, int language) const {
     // The developer and service texts exist in English only and do not depend on the branding.
-    if (textId >= kDeveloperFirstId && textId <= kDeveloperLastId)
-        return TEXTS_DEV[textId - kDeveloperFirstId];
+    if (textId >= kDeveloperFirstId && textId <= kDeveloperLastId) return TEXTS_DEV[textId - kDeveloperFirstId];
     const uint32_t index = LanguageTableIndex(textId);
     if (static_cast<unsigned>(language) >= static_cast<unsigned>(kLanguageCount)) language = eLanguageEnglish;
     if (GetTextInstrumentType() == eInstrumentPellamZento) return TEXTS_EN_PELLAM[index];
@@ -78,14 +77,10 @@ bool CInstrumentLanguageDef::IsLanguageAvailable(int language) {
     if (language < 0 || language >= kLanguageCount) return false;
     const int type = GetTextInstrumentType();
     switch (language) {
-        case eLanguageEnglish:
-            return true;
-        case eLanguageFrench:
-            return type != eInstrumentPellamZento && type != eInstrumentLumetTandem;
-        case eLanguageSpanish:
-            return type != eInstrumentPellamZento;
-        default:
-            return type == eInstrumentKorvalin;
+        case eLanguageEnglish: return true;
+        case eLanguageFrench: return type != eInstrumentPellamZento && type != eInstrumentLumetTandem;
+        case eLanguageSpanish: return type != eInstrumentPellamZento;
+        default: return type == eInstrumentKorvalin;
     }
 }
 
@@ -102,9 +97,7 @@ const std::string& CInstrumentLanguageDef::GetPlaceholder() {
     return placeholder;
 }
 
-size_t CInstrumentLanguageDef::GetPlaceholderLength() {
-    return GetPlaceholder().size();
-}
+size_t CInstrumentLanguageDef::GetPlaceholderLength() { return GetPlaceholder().size(); }
 
 CInstrumentLanguage::CFormatText::~CFormatText() = default;
 
@@ -164,6 +157,4 @@ CInstrumentLanguage& GetInstrumentLanguage() {
     return language;
 }
 
-const std::string& GetText(uint32_t textId) {
-    return GetInstrumentLanguage().GetText(textId);
-}
+const std::string& GetText(uint32_t textId) { return GetInstrumentLanguage().GetText(textId); }

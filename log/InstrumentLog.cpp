@@ -10,16 +10,14 @@ void Send(const CTraceField* field, int type, const std::string& text, int conte
     sink->Log(type, field ? field->GetName() : noSource, context, text);
 }
 
-bool TracePasses(const CTraceField* field, int minLevel) {
-    return field && field->GetLevel() > minLevel;
-}
+bool TracePasses(const CTraceField* field, int minLevel) { return field && field->GetLevel() > minLevel; }
 }  // namespace
 
 const char* GetLogTypeText(int type) {
     // The table keeps "Data" seventh, so the mapping goes by value, not by position.
-    static const char* const texts[] = {"Internal Error", "Error", "Warning", "Message",
-                                        "Event", "Program Event", "Data", "Trace1",
-                                        "Trace2", "Unknown Type", "None", "All"};
+    static const char* const texts[] = {"Internal Error", "Error",         "Warning", "Message",
+                                        "Event",          "Program Event", "Data",    "Trace1",
+                                        "Trace2",         "Unknown Type",  "None",    "All"};
     switch (type) {
         case eLogInternalError: return texts[0];
         case eLogError: return texts[1];

@@ -36,8 +36,8 @@ void CStderrLogSink::Log(int type, const std::string& source, int, const std::st
         timespec now{};
         clock_gettime(CLOCK_MONOTONIC, &now);
         char stamp[64];
-        std::snprintf(stamp, sizeof stamp, "%s%lld.%09ld ", NS_ConsoleLines::kStamp, static_cast<long long>(now.tv_sec),
-                      now.tv_nsec);
+        std::snprintf(stamp, sizeof stamp, "%s%lld.%09ld ", NS_ConsoleLines::kStamp,
+                      static_cast<long long>(now.tv_sec), now.tv_nsec);
         line.insert(0, stamp);
     }
     const int fd = GetDescriptor();

@@ -17,7 +17,8 @@ int DataLevel(void* data) { return static_cast<int>(reinterpret_cast<intptr_t>(d
 CTraceLevelField::CTraceLevelField(wxWindow* parent, int row, CTraceField* field)
     : wxPanel(parent, kPanelIdBase + row), m_field(field), m_row(row) {
     const int level = field ? field->GetLevel() : 0;
-    m_name = new wxStaticText(this, kTextIdBase + row, wxString::FromUTF8(field ? field->GetName() : std::string()));
+    m_name =
+        new wxStaticText(this, kTextIdBase + row, wxString::FromUTF8(field ? field->GetName() : std::string()));
     m_choice = new wxChoice(this, wxID_ANY);
     int selection = wxNOT_FOUND;
     for (int entry = 0; entry <= 3; ++entry) {

@@ -21,8 +21,7 @@ CImageImplementationBase::~CImageImplementationBase() = default;
 
 bool CImageImplementationWX::Load(uint32_t resourceId, int kind) {
     m_image = wxImage();
-    CResourceImplementationManager* registry =
-        CSingleton<CResourceImplementationManager>::GetInstance();
+    CResourceImplementationManager* registry = CSingleton<CResourceImplementationManager>::GetInstance();
     CResourceImplementationBase* resource = registry ? registry->Find(resourceId) : nullptr;
     if (!resource) {
         VtxDebugTrace("ImageResources", "Load", "no embedded image %u", resourceId);

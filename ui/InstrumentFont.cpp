@@ -73,7 +73,6 @@ void CInstrumentFontCollection::Refresh() {
 template <eFontTypes N>
 CInstrumentFontType<N>::CInstrumentFontType() : m_font(NominalSize(), Weight()) {}
 
-
 template <eFontTypes N>
 const wxFont& CInstrumentFontType<N>::GetFont() {
     if (CInstrumentFontType<N>* type = CSingleton<CInstrumentFontType<N>>::GetInstance())

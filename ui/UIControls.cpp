@@ -56,8 +56,7 @@ bool CTextField::CTextFieldText::Change(const std::string& text) {
     });
 }
 
-CTextField::CTextField(wxWindow* parent, wxWindowID id, const CRect& rect, eFontTypes font,
-                       int alignment)
+CTextField::CTextField(wxWindow* parent, wxWindowID id, const CRect& rect, eFontTypes font, int alignment)
     : m_font(font), m_alignment(alignment), m_colorSlot(eColorFieldText), m_repaint(this) {
     SetBackgroundStyle(wxBG_STYLE_PAINT);
     Create(parent, id, rect.GetPosition(), rect.GetSize(), wxBORDER_NONE | wxFULL_REPAINT_ON_RESIZE);

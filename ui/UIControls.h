@@ -54,8 +54,8 @@ public:
     };
 
     // alignment: wxALIGN_* flags for the text block inside the field.
-    CTextField(wxWindow* parent, wxWindowID id, const CRect& rect,
-               eFontTypes font = eFontTypeStatusLine, int alignment = wxALIGN_CENTRE);
+    CTextField(wxWindow* parent, wxWindowID id, const CRect& rect, eFontTypes font = eFontTypeStatusLine,
+               int alignment = wxALIGN_CENTRE);
     ~CTextField() override;
 
     // Any thread. The field repaints only when the text changed.
@@ -128,8 +128,8 @@ private:
     void ReportMissingImage(uint32_t id);
 
     CSafeVar<CProgress> m_progress;
-    wxImage m_frame;          // GUI thread only
-    wxBitmap m_frameBitmap;   // the frame at the current size; GUI thread only
+    wxImage m_frame;         // GUI thread only
+    wxBitmap m_frameBitmap;  // the frame at the current size; GUI thread only
     const CColorRectBase* m_backGround = nullptr;
     CRepaintRequester m_repaint;
 };

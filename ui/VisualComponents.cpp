@@ -16,8 +16,7 @@
 // ---- colour values and schemes ----
 
 wxColour ColorValueToWx(TColorValue value) {
-    return wxColour(static_cast<unsigned char>(value & 0xff),
-                    static_cast<unsigned char>((value >> 8) & 0xff),
+    return wxColour(static_cast<unsigned char>(value & 0xff), static_cast<unsigned char>((value >> 8) & 0xff),
                     static_cast<unsigned char>((value >> 16) & 0xff), wxALPHA_OPAQUE);
 }
 
@@ -168,8 +167,7 @@ void CColorRectGradient::PaintDcRect(const CRect& rect, wxDC* dc) const {
     }
     for (int y = 0; y < height; ++y) {
         int value[3];
-        for (int c = 0; c < 3; ++c)
-            value[c] = static_cast<int>(std::trunc(step[c] * y)) + start[c];
+        for (int c = 0; c < 3; ++c) value[c] = static_cast<int>(std::trunc(step[c] * y)) + start[c];
         const wxColour colour(static_cast<unsigned char>(value[0]), static_cast<unsigned char>(value[1]),
                               static_cast<unsigned char>(value[2]));
         if (!FillRect(*dc, wxRect(rect.x, rect.y + y, rect.width, 1), colour)) return;
@@ -185,9 +183,7 @@ void CColorRectBoundary::PaintDcRect(const CRect& rect, wxDC* dc) const {
 }
 
 CColorRectBmp::CColorRectBmp(const CImageImplementationBase* source)
-    : m_source(source),
-      m_width(source ? source->GetWidth() : 0),
-      m_height(source ? source->GetHeight() : 0) {}
+    : m_source(source), m_width(source ? source->GetWidth() : 0), m_height(source ? source->GetHeight() : 0) {}
 
 void CColorRectBmp::PaintDcRect(const CRect& rect, wxDC* dc) const {
     if (!dc || !dc->IsOk() || !m_source || !m_source->IsValid()) return;
@@ -208,8 +204,8 @@ void CColorRectBmp::PaintDcRect(const CRect& rect, wxDC* dc) const {
 // kept clear of the logo and the page's text.
 CRect CKorvalinBackGround::GetEllipseRect(int index) {
     static const CRect kEllipses[kEllipseCount] = {
-        CRect(-140, -110, 420, 250), CRect(-90, 430, 330, 260),  CRect(250, 560, 420, 200),
-        CRect(620, 470, 420, 300),   CRect(860, 140, 300, 360),  CRect(380, -150, 180, 190),
+        CRect(-140, -110, 420, 250), CRect(-90, 430, 330, 260), CRect(250, 560, 420, 200),
+        CRect(620, 470, 420, 300),   CRect(860, 140, 300, 360), CRect(380, -150, 180, 190),
     };
     return index >= 0 && index < kEllipseCount ? kEllipses[index] : CRect();
 }

@@ -29,13 +29,13 @@ enum {
 
 // Slots with a meaning to the painters and the update screen's controls.
 enum eColorSlot {
-    eColorBackgroundTop = 0,     // background gradient, top
-    eColorBackground = 1,        // background gradient bottom; the solid background
-    eColorFieldText = 6,         // text drawn on the view background
+    eColorBackgroundTop = 0,  // background gradient, top
+    eColorBackground = 1,     // background gradient bottom; the solid background
+    eColorFieldText = 6,      // text drawn on the view background
     eColorFieldTextAlt = 7,
     eColorWarning = 9,
     eColorOk = 10,
-    eColorSeparator = 19,        // rules between page parts
+    eColorSeparator = 19,  // rules between page parts
     eColorError = 20,
     eColorDisabled = 21,
 };

@@ -30,7 +30,8 @@ void CInstrumentSystem::Pause(unsigned milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
-bool CInstrumentSystem::ScanLogs(const std::string& folder, const std::string& pattern, std::vector<SFoundLog>& logs) {
+bool CInstrumentSystem::ScanLogs(const std::string& folder, const std::string& pattern,
+                                 std::vector<SFoundLog>& logs) {
     // The framework's scan: what it lists, and in which order, decides which of two logs of the
     // same time is the update's.
     CFileInfoArray found;
@@ -62,7 +63,8 @@ bool CInstrumentSystem::FileExists(const std::string& pattern) { return ::FileEx
 
 bool CInstrumentSystem::IsAbsent(const std::string& path) { return ::IsAbsent(path); }
 
-bool CInstrumentSystem::IsReadableInput(const std::string& path, const std::string& linkTree, std::string& cause) {
+bool CInstrumentSystem::IsReadableInput(const std::string& path, const std::string& linkTree,
+                                        std::string& cause) {
     return ::IsReadableInput(path, linkTree, cause);
 }
 
@@ -76,9 +78,10 @@ bool CInstrumentSystem::ModificationTime(const std::string& path, time_t& modifi
 std::string CInstrumentSystem::Identity(const std::string& path) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) return std::string();
-    return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) + ":" + std::to_string(status.st_size) +
-           ":" + std::to_string(status.st_mtim.tv_sec) + "." + std::to_string(status.st_mtim.tv_nsec) + ":" +
-           std::to_string(status.st_ctim.tv_sec) + "." + std::to_string(status.st_ctim.tv_nsec);
+    return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) + ":" +
+           std::to_string(status.st_size) + ":" + std::to_string(status.st_mtim.tv_sec) + "." +
+           std::to_string(status.st_mtim.tv_nsec) + ":" + std::to_string(status.st_ctim.tv_sec) + "." +
+           std::to_string(status.st_ctim.tv_nsec);
 }
 
 bool CInstrumentSystem::ListRegularFiles(const std::string& folder, std::vector<std::string>& files,
@@ -95,11 +98,13 @@ bool CInstrumentSystem::DigestFile(const std::string& path, SFileContent& conten
     return ::DigestFile(path, content, cause);
 }
 
-bool CInstrumentSystem::LoadUpdateKeys(const std::string& folder, std::vector<SUpdateKey>& keys, std::string& cause) {
+bool CInstrumentSystem::LoadUpdateKeys(const std::string& folder, std::vector<SUpdateKey>& keys,
+                                       std::string& cause) {
     return ::LoadUpdateKeys(folder, keys, cause);
 }
 
-bool CInstrumentSystem::IsRuntimeLibrary(const std::string& path, const std::string& soname, std::string& cause) {
+bool CInstrumentSystem::IsRuntimeLibrary(const std::string& path, const std::string& soname,
+                                         std::string& cause) {
     return ::IsRuntimeLibrary(path, soname, cause);
 }
 

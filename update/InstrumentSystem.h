@@ -22,7 +22,8 @@ public:
     bool IsReadableInput(const std::string& path, const std::string& linkTree, std::string& cause) override;
     bool ModificationTime(const std::string& path, time_t& modified) override;
     std::string Identity(const std::string& path) override;
-    bool ListRegularFiles(const std::string& folder, std::vector<std::string>& files, std::string& cause) override;
+    bool ListRegularFiles(const std::string& folder, std::vector<std::string>& files,
+                          std::string& cause) override;
     bool ReadInputFile(const std::string& path, const std::string& linkTree, size_t largest, std::string& bytes,
                        std::string& cause) override;
     bool DigestFile(const std::string& path, SFileContent& content, std::string& cause) override;

@@ -103,7 +103,9 @@ void CUpdateProcedure::ShowStatus(const std::string& text) {
     if (m_screen) m_screen->ShowStatusText(text);
 }
 
-void CUpdateProcedure::ShowCode(int code, const std::string& detail) { ShowStatus(FormatStepCode(code) + detail); }
+void CUpdateProcedure::ShowCode(int code, const std::string& detail) {
+    ShowStatus(FormatStepCode(code) + detail);
+}
 
 void CUpdateProcedure::ShowProgressValue() {
     std::lock_guard<std::mutex> lock(m_screenMutex);
@@ -126,7 +128,8 @@ void CUpdateProcedure::WriteLine(const std::string& line) {
     // A line the log did not take does not stop the update, which the screen reports as the log
     // cannot: the console says once why the log lacks lines.
     std::string cause;
-    if (m_logOpen && !m_system->AppendLogLine(line, cause)) SayOnce(m_logWriteFailed, "update log incomplete", cause);
+    if (m_logOpen && !m_system->AppendLogLine(line, cause))
+        SayOnce(m_logWriteFailed, "update log incomplete", cause);
 }
 
 void CUpdateProcedure::WritePrefixedLine(const std::string& text) { WriteLine(m_logPrefix + text); }
@@ -172,7 +175,8 @@ bool CUpdateProcedure::RunUpdateProcedure() {
     StopHashingAhead();
     if (!opened || !CheckUpdateSignature() || !CopyAuxiliaryFiles() || !CheckSystemLibraryLink()) return false;
     if (!IsSystemLibraryCurrent() && !UpdateOperatingSystem()) return false;
-    if (!BackUpOldVersion() || !InstallNewVersion() || !InstallFontPackage() || !RecordSignedRelease()) return false;
+    if (!BackUpOldVersion() || !InstallNewVersion() || !InstallFontPackage() || !RecordSignedRelease())
+        return false;
     return FinishUpdateLog();
 }
 
@@ -270,8 +274,8 @@ bool CUpdateProcedure::MatchesManifest(const std::string& manifestPath, const st
     return true;
 }
 
-bool CUpdateProcedure::CopyChecked(const std::string& from, const std::string& to, const std::string& manifestPath,
-                                   std::string& cause, bool& refused) {
+bool CUpdateProcedure::CopyChecked(const std::string& from, const std::string& to,
+                                   const std::string& manifestPath, std::string& cause, bool& refused) {
     refused = false;
     const SFileContent* expected = Expected(manifestPath);
     if (m_signed && expected == nullptr) {
@@ -330,14 +334,17 @@ bool CUpdateProcedure::CheckUpdateSignature() {
     const std::string fonts = JoinPath(stick, GetFontPackageFileName());
     const std::string runtime = JoinPath(GetUsbUpdateFolder(), GetRuntimeLibraryName());
     std::string target;
-    if (!IsReducedUpdate() && m_system->FileExists(auxiliary) && !m_system->FileExists(JoinPath(GetApplicationFolder(), GetAuxiliaryFileName())))
+    if (!IsReducedUpdate() && m_system->FileExists(auxiliary) &&
+        !m_system->FileExists(JoinPath(GetApplicationFolder(), GetAuxiliaryFileName())))
         used.emplace_back(ManifestPathOnStick(auxiliary), auxiliary);
     if (!(ReadRuntimeLink(target) && target == GetRuntimeLibraryTarget()) && m_system->FileExists(runtime))
         used.emplace_back(ManifestPathOnStick(runtime), runtime);
-    if (!IsReducedUpdate() && m_system->FileExists(fonts) && !m_system->FileExists(JoinPath(GetUserHomeFolder(), GetFontPackageFileName())))
+    if (!IsReducedUpdate() && m_system->FileExists(fonts) &&
+        !m_system->FileExists(JoinPath(GetUserHomeFolder(), GetFontPackageFileName())))
         used.emplace_back(ManifestPathOnStick(fonts), fonts);
     std::vector<std::string> build;
-    if (!m_system->IsAbsent(GetNewBuildFolder()) && !m_system->ListRegularFiles(GetNewBuildFolder(), build, cause)) {
+    if (!m_system->IsAbsent(GetNewBuildFolder()) &&
+        !m_system->ListRegularFiles(GetNewBuildFolder(), build, cause)) {
         const std::string::size_type split = cause.find(": ");
         return SignatureRefused(cause.substr(0, split), cause.substr(split + 2));
     }
@@ -355,7 +362,8 @@ bool CUpdateProcedure::RecordSignedRelease() {
     if (!m_signed) return true;
     const std::string record = GetReleaseRecord();
     std::string cause;
-    if (m_system->WriteFileWhole(record, m_manifestBytes, cause) && m_system->WriteFileWhole(record + ".minisig", m_signatureBytes, cause)) {
+    if (m_system->WriteFileWhole(record, m_manifestBytes, cause) &&
+        m_system->WriteFileWhole(record + ".minisig", m_signatureBytes, cause)) {
         WriteLine("release " + m_manifest.GetRelease() + " recorded in " + record);
         return true;
     }
@@ -449,13 +457,15 @@ bool CUpdateProcedure::UpdateOperatingSystem() {
     WriteLine("prerequisites exists on USB");
     if (!m_system->FileExists(GetPrivilegedTool())) return fail("FAIL - no prerequisites on disk");
     WriteLine("prerequisites exists on disk");
-    if (!RunPrivileged(NS_ShellCommand::RemountWritable(GetRootImageFolder()))) return fail("FAIL - cannot mount OS");
+    if (!RunPrivileged(NS_ShellCommand::RemountWritable(GetRootImageFolder())))
+        return fail("FAIL - cannot mount OS");
     WriteLine("remounted OS");
     if (!RunPrivileged(NS_ShellCommand::CopyPlain(source, GetRootImageRuntimeLibraryTarget())))
         return fail("FAIL - cannot copy prerequisites to OS");
     WriteLine("copied prerequisites to OS");
     // The link names the target as the running system will see it after the reboot.
-    if (!RunPrivileged(NS_ShellCommand::LinkSymbolic(GetRuntimeLibraryTarget(), GetRootImageRuntimeLibraryLink())))
+    if (!RunPrivileged(
+            NS_ShellCommand::LinkSymbolic(GetRuntimeLibraryTarget(), GetRootImageRuntimeLibraryLink())))
         return fail("FAIL - cannot link prerequisites");
     WriteLine("link changed");
     return true;
@@ -542,8 +552,8 @@ bool CUpdateProcedure::InstallFontPackage() {
         return FontPackageRefused(copied, cause);
     bool opened = false;
     int status = -1;
-    const std::string printed =
-        m_system->RunCommandOutput(NS_ShellCommand::UnpackFontPackage(home, GetFontPackageFileName()), opened, status);
+    const std::string printed = m_system->RunCommandOutput(
+        NS_ShellCommand::UnpackFontPackage(home, GetFontPackageFileName()), opened, status);
     if (!opened || !printed.empty()) {
         ShowStatus(GetText(eTextCouldNotCopy) + ": " + printed);
         WritePrefixedLine(" Unpack error : " + printed);

@@ -68,7 +68,9 @@ std::vector<std::string> Lines(const std::string& text) {
     return lines;
 }
 
-bool StartsWith(const std::string& text, const char* head) { return text.compare(0, std::strlen(head), head) == 0; }
+bool StartsWith(const std::string& text, const char* head) {
+    return text.compare(0, std::strlen(head), head) == 0;
+}
 
 template <size_t N>
 void Take(const std::string& bytes, size_t at, std::array<unsigned char, N>& out) {
@@ -123,7 +125,8 @@ bool VerifyUpdateSignature(const std::string& message, const SUpdateSignature& s
         cause = "no Ed25519";
         return false;
     }
-    const auto key = std::find_if(keys.begin(), keys.end(), [&](const SUpdateKey& k) { return k.id == signature.keyId; });
+    const auto key =
+        std::find_if(keys.begin(), keys.end(), [&](const SUpdateKey& k) { return k.id == signature.keyId; });
     if (key == keys.end()) {
         cause = "signed by another key";
         return false;
@@ -131,11 +134,12 @@ bool VerifyUpdateSignature(const std::string& message, const SUpdateSignature& s
     std::string signedBytes = message;
     if (signature.prehashed) {
         unsigned char hash[crypto_generichash_BYTES_MAX];
-        crypto_generichash(hash, sizeof hash, reinterpret_cast<const unsigned char*>(message.data()), message.size(),
-                           nullptr, 0);
+        crypto_generichash(hash, sizeof hash, reinterpret_cast<const unsigned char*>(message.data()),
+                           message.size(), nullptr, 0);
         signedBytes.assign(reinterpret_cast<const char*>(hash), sizeof hash);
     }
-    if (crypto_sign_verify_detached(signature.signature.data(), reinterpret_cast<const unsigned char*>(signedBytes.data()),
+    if (crypto_sign_verify_detached(signature.signature.data(),
+                                    reinterpret_cast<const unsigned char*>(signedBytes.data()),
                                     signedBytes.size(), key->key.data()) != 0) {
         cause = "signature does not match";
         return false;

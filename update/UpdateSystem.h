@@ -18,8 +18,8 @@ struct SFoundLog {
     std::string path;
     time_t modified = 0;  // the entry's own modification time (a link's, not its target's)
     bool link = false;
-    bool leadsOutOf = false;     // a link whose resolved path lies outside the scanned folder
-    bool leadsToOther = false;   // a link to something that exists and is not a regular file
+    bool leadsOutOf = false;    // a link whose resolved path lies outside the scanned folder
+    bool leadsToOther = false;  // a link to something that exists and is not a regular file
 };
 
 class CUpdateSystem {
@@ -31,7 +31,8 @@ public:
 
     // The regular files (and links) matching pattern in folder, in the shell's order. False when
     // the folder could not be read.
-    virtual bool ScanLogs(const std::string& folder, const std::string& pattern, std::vector<SFoundLog>& logs) = 0;
+    virtual bool ScanLogs(const std::string& folder, const std::string& pattern,
+                          std::vector<SFoundLog>& logs) = 0;
     virtual bool ReadLink(const std::string& link, std::string& target) = 0;
     // True when the pattern matches at least one path.
     virtual bool FileExists(const std::string& pattern) = 0;
@@ -41,11 +42,13 @@ public:
     virtual bool ModificationTime(const std::string& path, time_t& modified) = 0;
     // What tells a file apart from the same name holding other bytes later; empty when absent.
     virtual std::string Identity(const std::string& path) = 0;
-    virtual bool ListRegularFiles(const std::string& folder, std::vector<std::string>& files, std::string& cause) = 0;
+    virtual bool ListRegularFiles(const std::string& folder, std::vector<std::string>& files,
+                                  std::string& cause) = 0;
     virtual bool ReadInputFile(const std::string& path, const std::string& linkTree, size_t largest,
                                std::string& bytes, std::string& cause) = 0;
     virtual bool DigestFile(const std::string& path, SFileContent& content, std::string& cause) = 0;
-    virtual bool LoadUpdateKeys(const std::string& folder, std::vector<SUpdateKey>& keys, std::string& cause) = 0;
+    virtual bool LoadUpdateKeys(const std::string& folder, std::vector<SUpdateKey>& keys,
+                                std::string& cause) = 0;
     virtual bool IsRuntimeLibrary(const std::string& path, const std::string& soname, std::string& cause) = 0;
     // Whether the package at path may be unpacked in its folder: only members under folderName,
     // and room for them on that disk.

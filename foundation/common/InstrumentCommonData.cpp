@@ -55,8 +55,8 @@ const CInstrumentVariableUnchangableDouble& IncubationTemperatureVariable() {
     static const CInstrumentVariableUnchangableDouble value(37.0);
     return value;
 }
-const bool g_variablesBuilt = (NameVariable(), TypeVariable(), SampleIntervalVariable(),
-                               IncubationTemperatureVariable(), true);
+const bool g_variablesBuilt =
+    (NameVariable(), TypeVariable(), SampleIntervalVariable(), IncubationTemperatureVariable(), true);
 
 struct STypeOverride {
     std::mutex mutex;
@@ -139,7 +139,8 @@ std::string GetInstrumentTypeName(int code) {
 // ---------------------------------------------------------------------------------------------
 // Reset to factory state
 
-CInstrumentVirginizeObserver::CInstrumentVirginizeObserver() : CCollectorsItem<CInstrumentVirginizeObserver>(this) {}
+CInstrumentVirginizeObserver::CInstrumentVirginizeObserver()
+    : CCollectorsItem<CInstrumentVirginizeObserver>(this) {}
 CInstrumentVirginizeObserver::~CInstrumentVirginizeObserver() = default;
 void CInstrumentVirginizeObserver::OnVirginize(const CTraceField*) {}
 void CInstrumentVirginizeObserver::OnVirginizeSecond(const CTraceField*) {}

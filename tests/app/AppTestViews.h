@@ -25,9 +25,7 @@ void AddViewEntry(int view, const char* what, uint32_t id = 0, uint32_t param = 
 std::vector<SViewEntry> GetViewEntries(const std::string& what = std::string());
 void ClearViewEntries();
 
-inline CInstrumentViewManager& Manager() {
-    return *CSingleton<CInstrumentViewManager>::GetInstance();
-}
+inline CInstrumentViewManager& Manager() { return *CSingleton<CInstrumentViewManager>::GetInstance(); }
 
 template <int Number>
 class TJournalView : public CInstrumentViewBase<TJournalView<Number>> {

@@ -20,9 +20,7 @@ wxIMPLEMENT_APP_NO_MAIN(CServerApp);
 
 namespace {
 
-wxString Text(const wxRect& r) {
-    return wxString::Format("%d,%d,%d,%d", r.x, r.y, r.width, r.height);
-}
+wxString Text(const wxRect& r) { return wxString::Format("%d,%d,%d,%d", r.x, r.y, r.width, r.height); }
 
 void Report(const wxString& line) {
     std::printf("probe: %s\n", line.utf8_str().data());
@@ -50,8 +48,8 @@ private:
     bool OnTick(uint32_t id, uint32_t) {
         m_allOnGuiThread = m_allOnGuiThread && wxIsMainThread();
         for (int tick = 0; tick < eViewTickCount; ++tick) m_ticks[tick] += m_tickIds[tick] == id;
-        const bool closing =
-            m_closeAfter > 0 && m_ticks[eTick100ms] == m_closeAfter && id == m_tickIds[eTick100ms];
+        const bool closing = m_closeAfter > 0 && m_ticks[eTick100ms] == m_closeAfter &&
+                             id == m_tickIds[eTick100ms];
         if (id == m_tickIds[eTick1s] || closing) {
             const CMainFrame* frame = g_mainFrame && GetParent() == g_mainFrame ? g_mainFrame : nullptr;
             Report(wxString::Format(

@@ -13,7 +13,8 @@ int main(int argc, char** argv) {
 #ifdef VTX_SANDBOX_ONLY
     std::string why;
     if (!vtxtest::InsideInstrumentSandbox(why)) {
-        std::fprintf(stderr, "%s: refused, runs only inside tools/instrument-sandbox (%s)\n", argv[0], why.c_str());
+        std::fprintf(stderr, "%s: refused, runs only inside tools/instrument-sandbox (%s)\n", argv[0],
+                     why.c_str());
         return 2;
     }
 #endif

@@ -20,7 +20,9 @@ bool WaitFor(const std::function<bool()>& done, int timeoutMs) {
     return true;
 }
 
-void Pump(int ms) { WaitFor([] { return false; }, ms); }
+void Pump(int ms) {
+    WaitFor([] { return false; }, ms);
+}
 
 CTestFrame::CTestFrame()
     : m_frame(new wxFrame(nullptr, wxID_ANY, "test", wxPoint(0, 0), wxSize(800, 600), wxBORDER_NONE)) {

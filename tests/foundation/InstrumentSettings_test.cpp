@@ -12,9 +12,7 @@ using namespace std::string_literals;
 
 namespace {
 
-CInstrumentSettingsCollection& Collection() {
-    return *CSingleton<CInstrumentSettingsCollection>::GetInstance();
-}
+CInstrumentSettingsCollection& Collection() { return *CSingleton<CInstrumentSettingsCollection>::GetInstance(); }
 
 // A text item in an origin of its own, so that the files of the instrument's items stay as they are.
 const int kTextOrigin = 4;
@@ -42,8 +40,9 @@ TEST(SettingsFile, LoadTakesValuesExactly) {
     } cases[] = {
         // Beforehand: Italian, 2900 Hz, LED channel 1 at 7, the rest at the defaults.
         // An empty value counts as present but leaves the item as it is; empty lines are skipped.
-        {0, "Language = \r\nDateFormat = EU\r\nBeepAudioReminder = BEEP_30_SEC\r\n\r\n\r\n"
-            "ChineseLiteration = PINYIN\r\nJapaneseLiteration = ROMAJI\r\n",
+        {0,
+         "Language = \r\nDateFormat = EU\r\nBeepAudioReminder = BEEP_30_SEC\r\n\r\n\r\n"
+         "ChineseLiteration = PINYIN\r\nJapaneseLiteration = ROMAJI\r\n",
          true, "IT|EU|BEEP_30_SEC|PINYIN|ROMAJI"},
         {0, "DateFormat = EU\nLanguage = DE\n", false, "DE|EU" + rest},
         // A key counts anywhere in a line and its first line wins; one key per line, tried in
@@ -54,8 +53,9 @@ TEST(SettingsFile, LoadTakesValuesExactly) {
         // The value as it stands (a member text only when exact is fuzz_settings_items').
         {0, "Language = SE", false, "SE|US" + rest},
         {0, "Language = DE\0trailing\r\nDateFormat = \0EU\r\n"s, false, "DE|US" + rest},
-        {0, "Language = \xf4\x96\x9e\x9e\r\nDateFormat = \xc9U\r\nBeepAudioReminder = \xed\xa0\x80\r\n"
-            "ChineseLiteration = NONE\r\n",
+        {0,
+         "Language = \xf4\x96\x9e\x9e\r\nDateFormat = \xc9U\r\nBeepAudioReminder = \xed\xa0\x80\r\n"
+         "ChineseLiteration = NONE\r\n",
          false, "EN|US|BEEP_ONCE|NONE|KANA"},
         {1, "PlasmaQcMode = TRUE\r\n", true, "TRUE"},
         {1, "PlasmaQcMode = true\r\n", true, "FALSE"},

@@ -34,9 +34,12 @@ TEST(InstrumentTime, SettingsFormReadsAsTheToolkitReadsIt) {
     CInstrumentTime parsed;
     // The toolkit's leniency: shorter fields, blanks or none before the time, trailing text.
     for (const auto& [text, time] : std::initializer_list<std::pair<const char*, CInstrumentTime>>{
-             {"02102017 1407", {2, 10, 2017, 14, 7}}, {"29022016 2359", {29, 2, 2016, 23, 59}},
-             {"2102017 1407", {21, 2, 17, 14, 7}}, {"021020171407", {2, 10, 2017, 14, 7}},
-             {"02102017  1407", {2, 10, 2017, 14, 7}}, {"02102017 14070", {2, 10, 2017, 14, 7}}}) {
+             {"02102017 1407", {2, 10, 2017, 14, 7}},
+             {"29022016 2359", {29, 2, 2016, 23, 59}},
+             {"2102017 1407", {21, 2, 17, 14, 7}},
+             {"021020171407", {2, 10, 2017, 14, 7}},
+             {"02102017  1407", {2, 10, 2017, 14, 7}},
+             {"02102017 14070", {2, 10, 2017, 14, 7}}}) {
         EXPECT_TRUE(CInstrumentTime::ParseSettings(text, parsed) && parsed == time) << text;
     }
     const CInstrumentTime before = parsed;

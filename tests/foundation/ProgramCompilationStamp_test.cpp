@@ -16,14 +16,10 @@ TEST(ProgramCompilationStamp, TakesOnlyTheCompilersFormsAndKeepsTheFieldsReadBef
         bool ok;
         std::vector<int> fields;
     } cases[] = {
-        {false, "14:07:44", true, {14, 7, 44}},
-        {true, "Oct  2 2017", true, {10, 2, 2017}},
-        {true, "Oct 02 2017", true, {10, 2, 2017}},
-        {false, std::string(100000, '1'), false, {-1, -1, -1}},
-        {false, " 4:07:44", false, {-1, -1, -1}},
-        {false, "14:07:-4", false, {14, 7, -1}},
-        {true, "oct 02 2017", false, {-1, -1, -1}},
-        {true, "Oct 2  2017", false, {10, -1, -1}},
+        {false, "14:07:44", true, {14, 7, 44}},     {true, "Oct  2 2017", true, {10, 2, 2017}},
+        {true, "Oct 02 2017", true, {10, 2, 2017}}, {false, std::string(100000, '1'), false, {-1, -1, -1}},
+        {false, " 4:07:44", false, {-1, -1, -1}},   {false, "14:07:-4", false, {14, 7, -1}},
+        {true, "oct 02 2017", false, {-1, -1, -1}}, {true, "Oct 2  2017", false, {10, -1, -1}},
         {true, "Oct  2 20x7", false, {10, 2, -1}},
     };
     for (const auto& c : cases) {

@@ -17,8 +17,8 @@ namespace fs = std::filesystem;
 const std::string kRoot = VTX_SOURCE_DIR;
 
 std::string Entry(int id, const std::string& text, const std::string& flags = "") {
-    return (flags.empty() ? "" : "#, " + flags + "\n") + "msgctxt \"" + std::to_string(id) +
-           "\"\nmsgid \"en" + text + "\"\nmsgstr \"" + text + "\"\n\n";
+    return (flags.empty() ? "" : "#, " + flags + "\n") + "msgctxt \"" + std::to_string(id) + "\"\nmsgid \"en" +
+           text + "\"\nmsgstr \"" + text + "\"\n\n";
 }
 
 // The generator's messages about the table of ids 0..2 that body completes; "accepted" when it

@@ -89,14 +89,22 @@ TEST(InstrumentLanguageLookup, PellamAndTandemInstruments) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const std::string service = "If the problem persists contact Pellam Technical Service";
     const struct {
-        int type, count, offered;  // offered: bit n for language n
+        int type, count, offered;                                   // offered: bit n for language n
         std::vector<std::tuple<uint32_t, int, std::string>> texts;  // id, language, text
     } cases[] = {
         {eInstrumentKorvalin, 10, 0x3FF, {{21, 0, "Sample ID"}}},
         // Pellam's English in every language, its developer range empty.
-        {eInstrumentPellamZento, 1, 0x001,
-         {{21, 0, "Patient name"}, {21, 7, "Patient name"}, {21, 255, "Patient name"}, {558, 9, ""}, {567, 255, ""},
-          {234, 9, "Analyzer calibrated successfully"}, {431, 7, service}, {650, 9, "Wrong text!"},
+        {eInstrumentPellamZento,
+         1,
+         0x001,
+         {{21, 0, "Patient name"},
+          {21, 7, "Patient name"},
+          {21, 255, "Patient name"},
+          {558, 9, ""},
+          {567, 255, ""},
+          {234, 9, "Analyzer calibrated successfully"},
+          {431, 7, service},
+          {650, 9, "Wrong text!"},
           {651, 8, "Update not signed for this instrument"}}},
         {eInstrumentLumetTandem, 2, 0x041, {{21, 0, "Sample ID"}}},
     };

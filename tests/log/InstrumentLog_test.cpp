@@ -40,10 +40,10 @@ TEST(ProgramLog, TracesPassByTheFieldsLevel) {
     // A scope is traced from the level its type needs; without a field never.
     field.SetLevel(1);
     { const CLogTraceScope passes(&field, "s", 6), fails(&field, "f", 7), none(nullptr, "n", 0); }
-    EXPECT_EQ(sink.entries, (Entries{"6 [Update] 4 t1", "7 [Update] 0 t2", "8 [Update] 0 size:12", "1 [Update] 9 e",
-                                     "7 [Update] 0 explicit", "0 [] 0 ie", "2 [Update] 0 w", "3 [Update] 0 m",
-                                     "4 [Update] 0 ev", "5 [Update] 0 pe", "6 [Update] 0 s Enter",
-                                     "6 [Update] 0 s Exit"}));
+    EXPECT_EQ(sink.entries,
+              (Entries{"6 [Update] 4 t1", "7 [Update] 0 t2", "8 [Update] 0 size:12", "1 [Update] 9 e",
+                       "7 [Update] 0 explicit", "0 [] 0 ie", "2 [Update] 0 w", "3 [Update] 0 m",
+                       "4 [Update] 0 ev", "5 [Update] 0 pe", "6 [Update] 0 s Enter", "6 [Update] 0 s Exit"}));
     EXPECT_STREQ(GetTraceLevelText(7), "Unknown Type");
 }
 

@@ -17,9 +17,7 @@ namespace {
 const std::vector<std::string> kTexts = {"Copying files...", "", "Upgrade successful...\nRestarting application",
                                          std::string(300, 'x'), "\xe8\xbd\xaf\xe4\xbb\xb6...", "Done..."};
 // clang-format on
-bool Known(const std::string& text) {
-    return std::find(kTexts.begin(), kTexts.end(), text) != kTexts.end();
-}
+bool Known(const std::string& text) { return std::find(kTexts.begin(), kTexts.end(), text) != kTexts.end(); }
 
 class CCheckingField : public CTextField {
 public:

@@ -65,8 +65,7 @@ TEST_F(UIControls, ProgressBarFillsInProportionInsideItsFrameWithOrWithoutTheFra
 
     // Without its image the bar still fills; the missing image is reported once, from the event loop.
     g_reports.clear();
-    CInstrumentProgressBase::SetReportFunction(
-        [](const std::string& message) { g_reports.push_back(message); });
+    CInstrumentProgressBase::SetReportFunction([](const std::string& message) { g_reports.push_back(message); });
     auto* bare = new CInstrumentProgressBase(m_frame, wxID_ANY, CRect(0, 0, 400, 56), 336);
     new CInstrumentProgressBase(m_frame, wxID_ANY, CRect(0, 60, 400, 56), 336);
     EXPECT_FALSE(bare->HasFrameImage());

@@ -31,8 +31,7 @@ TEST(ColorRectGradient, RowsStepFromTheStartColourTruncatingTowardZero) {
         SCOPED_TRACE(c.rows.size());
         const int height = static_cast<int>(c.rows.size());
         CCanvas canvas(4, height + 2);
-        CColorRectGradient(eGradientVertical, c.start, c.end)
-            .PaintDcRect(CRect(1, 1, 2, height), canvas.Dc());
+        CColorRectGradient(eGradientVertical, c.start, c.end).PaintDcRect(CRect(1, 1, 2, height), canvas.Dc());
         for (int row = 0; row < height; ++row) EXPECT_TRUE(canvas.All(1, 1 + row, 2, 1, c.rows[row])) << row;
         EXPECT_TRUE(canvas.All(0, 0, 4, 1, kUntouched) && canvas.All(0, height + 1, 4, 1, kUntouched) &&
                     canvas.All(0, 1, 1, height, kUntouched) && canvas.All(3, 1, 1, height, kUntouched));

@@ -67,7 +67,8 @@ public:
         std::lock_guard<std::recursive_mutex> lock(m_mutex);
         for (const auto& entry : nodes) {
             const std::string& path = entry.first;
-            if (FolderOf(path) != folder || fnmatch(pattern.c_str(), Name(path).c_str(), FNM_PERIOD) != 0) continue;
+            if (FolderOf(path) != folder || fnmatch(pattern.c_str(), Name(path).c_str(), FNM_PERIOD) != 0)
+                continue;
             const eKind kind = entry.second.kind;
             if (kind != eKind::File && kind != eKind::Link) continue;
             SFoundLog log{path, entry.second.modified, kind == eKind::Link, false, false};
@@ -120,7 +121,8 @@ public:
         const SFakeNode* node = Find(path);
         return node == nullptr ? std::string() : path + "#" + std::to_string(node->version);
     }
-    bool ListRegularFiles(const std::string& folder, std::vector<std::string>& files, std::string& cause) override {
+    bool ListRegularFiles(const std::string& folder, std::vector<std::string>& files,
+                          std::string& cause) override {
         std::lock_guard<std::recursive_mutex> lock(m_mutex);
         for (const auto& entry : nodes) {
             if (entry.first.compare(0, folder.size() + 1, folder + "/") != 0) continue;
@@ -148,7 +150,8 @@ public:
             if (FolderOf(entry.first) != folder || Name(entry.first)[0] == '.') continue;
             SUpdateKey key;
             key.name = entry.first;
-            if (!ParseUpdateKey(entry.second.bytes, key, cause)) return Refuse(cause, cause + ": " + entry.first);
+            if (!ParseUpdateKey(entry.second.bytes, key, cause))
+                return Refuse(cause, cause + ": " + entry.first);
             keys.push_back(key);
         }
         return true;
@@ -156,7 +159,8 @@ public:
     bool IsRuntimeLibrary(const std::string& path, const std::string& soname, std::string& cause) override {
         return IsReadableInput(path, std::string(), cause) && IsRuntimeLibraryImage(Bytes(path), soname, cause);
     }
-    bool IsUnpackableFontPackage(const std::string& path, const std::string& folderName, std::string& cause) override {
+    bool IsUnpackableFontPackage(const std::string& path, const std::string& folderName,
+                                 std::string& cause) override {
         return IsUnpackableFontPackageImage(Bytes(path), folderName, available, cause);
     }
 
@@ -167,7 +171,8 @@ public:
         std::string destination = Kind(Resolve(to)) == eKind::Folder ? Resolve(to) + "/" + Name(from) : to;
         if (Kind(destination) == eKind::Link && options.how == eCopyDestination::FollowLinks) {
             destination = Resolve(destination);
-            if (Find(FolderOf(destination)) == nullptr) return Refuse(cause, destination + ": not writing through");
+            if (Find(FolderOf(destination)) == nullptr)
+                return Refuse(cause, destination + ": not writing through");
         }
         if (const std::string* why = Fail("copy " + destination)) return Refuse(cause, *why);
         if (Kind(FolderOf(destination)) != eKind::Folder) return Refuse(cause, destination + ": no folder");
@@ -186,7 +191,8 @@ public:
     bool RemoveFolderTree(const std::string& folder) override {
         std::lock_guard<std::recursive_mutex> lock(m_mutex);
         bool whole = Fail("remove") == nullptr;
-        for (auto at = nodes.lower_bound(folder + "/"); at != nodes.end() && at->first.compare(0, folder.size() + 1, folder + "/") == 0;) {
+        for (auto at = nodes.lower_bound(folder + "/");
+             at != nodes.end() && at->first.compare(0, folder.size() + 1, folder + "/") == 0;) {
             if (Name(at->first)[0] == '.') {
                 whole = false;
                 ++at;

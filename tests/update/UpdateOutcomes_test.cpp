@@ -36,9 +36,10 @@ const Strings kOsCommands = {
 const Strings kSystemsCheck = {"P no zip file on USB", "*** Performing systems check ***", "version read done"};
 const Strings kCurrent = {"*** Performing systems check ***", "version read done",
                           "version is correct, starting normal upgrade procedure"};
-const Strings kOsUpdate = {"*** Performing systems check ***", "version read done", "version incorrect - updating OS",
-                           "prerequisites exists on USB", "prerequisites exists on disk", "remounted OS",
-                           "copied prerequisites to OS", "link changed"};
+const Strings kOsUpdate = {"*** Performing systems check ***", "version read done",
+                           "version incorrect - updating OS",  "prerequisites exists on USB",
+                           "prerequisites exists on disk",     "remounted OS",
+                           "copied prerequisites to OS",       "link changed"};
 const Strings kInstall = {"P Old version backed up to " + kBackup, "P New version copied"};
 
 Strings Join(std::initializer_list<Strings> parts) {
@@ -76,7 +77,8 @@ SKeyPair MakeKey(char id) {
     return key;
 }
 std::string PublicKeyFile(const SKeyPair& key) {
-    return "untrusted comment: minisign public key\n" + Base64("Ed" + key.id + std::string(key.pk, key.pk + 32)) + "\n";
+    return "untrusted comment: minisign public key\n" +
+           Base64("Ed" + key.id + std::string(key.pk, key.pk + 32)) + "\n";
 }
 std::string SignatureFile(const SKeyPair& key, const std::string& message) {
     unsigned char hash[64], signature[64], global[64];
@@ -85,7 +87,8 @@ std::string SignatureFile(const SKeyPair& key, const std::string& message) {
     crypto_sign_detached(signature, nullptr, hash, sizeof hash, key.sk);
     const std::string trusted = "timestamp:1800000000\tfile:manifest";
     const std::string both = std::string(signature, signature + 64) + trusted;
-    crypto_sign_detached(global, nullptr, reinterpret_cast<const unsigned char*>(both.data()), both.size(), key.sk);
+    crypto_sign_detached(global, nullptr, reinterpret_cast<const unsigned char*>(both.data()), both.size(),
+                         key.sk);
     return "untrusted comment: signature\n" + Base64("ED" + key.id + std::string(signature, signature + 64)) +
            "\ntrusted comment: " + trusted + "\n" + Base64(std::string(global, global + 64)) + "\n";
 }
@@ -134,7 +137,7 @@ Arrange Signed(const std::string& manifest = std::string(), const SKeyPair& by =
             if (!fake.Has(path)) continue;
             const SFileContent content = DigestBytes(fake.Bytes(path));
             const std::string listed = path.compare(0, kNew.size(), kNew) == 0 ? "NEW" + path.substr(kNew.size())
-                                                                                 : path.substr(kStick.size() + 1);
+                                                                               : path.substr(kStick.size() + 1);
             text += std::to_string(content.size) + " " + content.sha256 + " " + listed + "\n";
         }
         if (!manifest.empty()) text = manifest;
@@ -161,7 +164,9 @@ Arrange Failing(const std::string& operation, const std::string& cause) {
 Arrange Status(const std::string& command, int status) {
     return [=](CFakeSystem& fake) { fake.statuses[command] = status; };
 }
-Arrange WrongLink() { return [](CFakeSystem& fake) { fake.Link(GetRuntimeLibraryLink(), "libstdc++.so.6.0.20"); }; }
+Arrange WrongLink() {
+    return [](CFakeSystem& fake) { fake.Link(GetRuntimeLibraryLink(), "libstdc++.so.6.0.20"); };
+}
 Arrange Extras() {
     return All({Put(kAux, "auxiliary"), Put(kFonts, Fixture("fonts")),
                 [](CFakeSystem& fake) { fake.Folder("/home/vtx/jfonts"); }});
@@ -178,9 +183,14 @@ SOutcome Refused(const char* name, Arrange arrange, const std::string& why) {
 // The privileged tool refuses the n-th command of the operating-system update.
 SOutcome Refusing(size_t n, const std::string& line) {
     const Strings done(kOsUpdate.begin() + 2, kOsUpdate.begin() + 5 + static_cast<long>(n));
-    static const char* const names[] = {"(18) remount refused", "(18) runtime copy refused", "(18) link refused"};
-    return {names[n], All({WrongLink(), Put(kRuntime, Fixture("runtime")), Status(kOsCommands[n], 1)}),
-            "Disk error... (18)", Join({kSystemsCheck, done, {line}}), Strings(kOsCommands.begin(), kOsCommands.begin() + static_cast<long>(n) + 1), {}};
+    static const char* const names[] = {"(18) remount refused", "(18) runtime copy refused",
+                                        "(18) link refused"};
+    return {names[n],
+            All({WrongLink(), Put(kRuntime, Fixture("runtime")), Status(kOsCommands[n], 1)}),
+            "Disk error... (18)",
+            Join({kSystemsCheck, done, {line}}),
+            Strings(kOsCommands.begin(), kOsCommands.begin() + static_cast<long>(n) + 1),
+            {}};
 }
 
 const Strings kCopied = {kNew + "/Application > " + kCode + "/Application"};
@@ -190,7 +200,8 @@ const Strings kDone = {kCode + "/Application > " + kBackup, kNew + "/Application
 const Strings kChecked = Join({kSystemsCheck, {kCurrent[2]}});
 const Strings kBackupLog = Join({kChecked, {kInstall[0]}});
 const Strings kFontHead = Join({kChecked, kInstall, {"P Copying " + kFonts + " to /home/vtx"}});
-const Strings kExtrasHead = Join({{"P auxillary files copied"}, kCurrent, kInstall, {"P Copying " + kFonts + " to /home/vtx"}});
+const Strings kExtrasHead =
+    Join({{"P auxillary files copied"}, kCurrent, kInstall, {"P Copying " + kFonts + " to /home/vtx"}});
 const Strings kDoneLog = Join({kChecked, kInstall, {"P Application started"}});
 const Strings kFontCopies = Join({kBackedUp, kCopied, {kFonts + " > /home/vtx/jfonts.tgz"}});
 
@@ -377,7 +388,8 @@ TEST_P(UpdateOutcome, ScreenLogCommandsAndCopies) {
 
     std::string expected;
     const std::string prefix = fake.now.FormatDateTime(dayFirst);
-    for (const std::string& line : row.log) expected += (line.compare(0, 2, "P ") == 0 ? prefix + line.substr(1) : line) + "\r\n";
+    for (const std::string& line : row.log)
+        expected += (line.compare(0, 2, "P ") == 0 ? prefix + line.substr(1) : line) + "\r\n";
     EXPECT_EQ(fake.Bytes(kLog), logBefore.empty() ? std::string() : logBefore + expected);
     EXPECT_EQ(fake.commands, row.commands);
     EXPECT_EQ(fake.copies, row.copies);

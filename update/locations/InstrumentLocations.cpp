@@ -52,7 +52,9 @@ std::string GetRuntimeLibraryName() { return "libstdc++.so.6.0.22"; }
 std::string GetDataFolder() { return Join(GetApplicationFolder(), GetDataFolderName()); }
 std::string GetSystemFolder() { return Join(GetUserHomeFolder(), "WINDOWS"); }
 std::string GetSystemLibraryFolder() { return Join(GetSystemFolder(), "system32"); }
-std::string GetChineseDictionaryFolder() { return Join(GetApplicationFolder(), GetChineseDictionaryFolderName()); }
+std::string GetChineseDictionaryFolder() {
+    return Join(GetApplicationFolder(), GetChineseDictionaryFolderName());
+}
 std::string GetHistoryFile() { return Join(GetApplicationFolder(), "history.vtx"); }
 std::string GetUserLogFile() { return Join(GetApplicationFolder(), "UserLog.vtx"); }
 std::string GetCalibrationLogFile() { return Join(GetApplicationFolder(), "CalibLog.vtx"); }

@@ -11,9 +11,9 @@ std::string GetPathSeparator();
 std::string JoinPath(const std::string& folder, const std::string& name);
 
 // Base folders.
-std::string GetApplicationFolder();   // "/home/vtx/Code"
-std::string GetUserHomeFolder();      // "/home/vtx"
-std::string GetUsbMountPoint();       // "/media/usb"
+std::string GetApplicationFolder();  // "/home/vtx/Code"
+std::string GetUserHomeFolder();     // "/home/vtx"
+std::string GetUsbMountPoint();      // "/media/usb"
 
 // Plain names.
 std::string GetCalibrationFolderName();
@@ -27,7 +27,7 @@ std::string GetUserManualFolderName();
 std::string GetLicenceTextsFolderName();
 std::string GetChineseDictionaryFolderName();
 std::string GetFontPackageFileName();
-std::string GetFontFolderName();   // "jfonts", the only folder a font package may fill
+std::string GetFontFolderName();  // "jfonts", the only folder a font package may fill
 std::string GetFontFolder();
 
 // version below 1 selects the ".exe" form.
@@ -47,26 +47,26 @@ std::string GetUserLogFile();
 std::string GetCalibrationLogFile();
 std::string GetUsbCalibrationTable();
 std::string GetUserManual();
-std::string GetFactoryQcFile();        // "/home/vtx/Code/FactoryQC.vtx"
+std::string GetFactoryQcFile();  // "/home/vtx/Code/FactoryQC.vtx"
 
 // The update's places.
-std::string GetApplicationFile();      // "/home/vtx/Code/Application"
-std::string GetNewBuildFolder();       // "/home/vtx/Code/NEW"
-std::string GetBackupFolder();         // "/home/vtx/Code/Old"
-std::string GetUsbUpdateFolder();      // "/media/usb/update"
-std::string GetChineseVariantMarker(); // "/opt/librime/", a folder that exists on Chinese instruments
+std::string GetApplicationFile();       // "/home/vtx/Code/Application"
+std::string GetNewBuildFolder();        // "/home/vtx/Code/NEW"
+std::string GetBackupFolder();          // "/home/vtx/Code/Old"
+std::string GetUsbUpdateFolder();       // "/media/usb/update"
+std::string GetChineseVariantMarker();  // "/opt/librime/", a folder that exists on Chinese instruments
 // Signed updates.
-std::string GetUpdateManifest();          // "/media/usb/update/manifest"
-std::string GetUpdateManifestSignature(); // that, ".minisig"
-std::string GetReleaseRecord();           // "/home/vtx/Code/release.manifest", the release installed last
-std::string GetUpdateKeysFolder();        // "/etc/vtx/update-keys", in the read-only root image
+std::string GetUpdateManifest();           // "/media/usb/update/manifest"
+std::string GetUpdateManifestSignature();  // that, ".minisig"
+std::string GetReleaseRecord();            // "/home/vtx/Code/release.manifest", the release installed last
+std::string GetUpdateKeysFolder();         // "/etc/vtx/update-keys", in the read-only root image
 
 // The operating system's runtime library, and the root image it is installed from.
-std::string GetRuntimeLibraryFolder(); // "/usr/lib/i386-linux-gnu"
-std::string GetRuntimeLibraryLinkName(); // "libstdc++.so.6", also the runtime's SONAME
-std::string GetRuntimeLibraryLink();   // that folder, "libstdc++.so.6"
-std::string GetRuntimeLibraryTarget(); // that folder, GetRuntimeLibraryName()
-std::string GetRootImageFolder();      // "/mnt/root-ro", mounted read-only
+std::string GetRuntimeLibraryFolder();    // "/usr/lib/i386-linux-gnu"
+std::string GetRuntimeLibraryLinkName();  // "libstdc++.so.6", also the runtime's SONAME
+std::string GetRuntimeLibraryLink();      // that folder, "libstdc++.so.6"
+std::string GetRuntimeLibraryTarget();    // that folder, GetRuntimeLibraryName()
+std::string GetRootImageFolder();         // "/mnt/root-ro", mounted read-only
 
 // The instrument's own tools.
 std::string GetPrivilegedTool();       // "/home/vtx/bin/VtxSecret": runs its one argument with full rights
@@ -78,7 +78,7 @@ std::string GetRootImageRuntimeLibraryLink();    // "/mnt/root-ro/usr/lib/i386-l
 std::string GetRootImageRuntimeLibraryTarget();  // the same with GetRuntimeLibraryName()
 
 // The system's tools and files the framework reads or runs.
-std::string GetShutdownTool();         // "/sbin/shutdown"
+std::string GetShutdownTool();                   // "/sbin/shutdown"
 std::string GetInstrumentApplicationFileName();  // "Application": the name on the instrument, never ".exe"
-std::string GetFirmwareVendorFile();   // "/sys/class/dmi/id/bios_vendor"
-std::string GetFirmwareVersionFile();  // "/sys/class/dmi/id/bios_version"
+std::string GetFirmwareVendorFile();             // "/sys/class/dmi/id/bios_vendor"
+std::string GetFirmwareVersionFile();            // "/sys/class/dmi/id/bios_version"

@@ -75,7 +75,8 @@ bool IsCopySource(const std::string& from, std::string& cause) {
 }
 
 bool SameFile(const std::string& a, const std::string& b) {
-    struct stat one {}, other {};
+    struct stat one {
+    }, other{};
     return stat(a.c_str(), &one) == 0 && stat(b.c_str(), &other) == 0 && one.st_dev == other.st_dev &&
            one.st_ino == other.st_ino;
 }
@@ -276,7 +277,8 @@ bool SetComputerHostName(const std::string& name) {
 
 bool SetComputerSystemClock(const SInstrumentDateTime& dateTime) {
     return RunShellCommand(NS_ShellCommand::SetSystemClock(dateTime.year, dateTime.month, dateTime.day,
-                                                           dateTime.hour, dateTime.minute, dateTime.second)) == 0;
+                                                           dateTime.hour, dateTime.minute, dateTime.second)) ==
+           0;
 }
 
 void ComputerBeep(unsigned frequency, unsigned length) {
@@ -357,8 +359,8 @@ SFirmwareIdentification GetFirmwareIdentification() {
 
 bool CopyFile(const std::string& from, const std::string& to, std::string* cause, const SCopyOptions& options) {
     std::string why, destination;
-    const bool copied = CopyInto(from, to, options.how == eCopyDestination::ReplaceLink, options.expected,
-                                 destination, why);
+    const bool copied =
+        CopyInto(from, to, options.how == eCopyDestination::ReplaceLink, options.expected, destination, why);
     if (!copied && cause != nullptr) *cause = why;
     return copied;
 }
@@ -429,12 +431,13 @@ std::string RunCommandOutput(const std::string& command, bool& ok, int& exitStat
 int MountNetworkShare(const std::string& sharePath, const std::string& mountPoint, const std::string& userName,
                       const std::string& password) {
     // A mount point lies on another device than its parent, or is the root of its own.
-    struct stat point {}, parent {};
+    struct stat point {
+    }, parent{};
     if (stat(mountPoint.c_str(), &point) == 0 && stat((mountPoint + "/..").c_str(), &parent) == 0 &&
         (point.st_dev != parent.st_dev || point.st_ino == parent.st_ino)) {
         return 0;
     }
-    RunShellCommand(NS_ShellCommand::AppendShareToFileSystemTable(GetProductionFileServer(), sharePath, mountPoint,
-                                                                  userName, password));
+    RunShellCommand(NS_ShellCommand::AppendShareToFileSystemTable(GetProductionFileServer(), sharePath,
+                                                                  mountPoint, userName, password));
     return RunShellCommand(NS_ShellCommand::Mount(mountPoint));
 }

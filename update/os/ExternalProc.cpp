@@ -38,7 +38,8 @@ char* AppendNumber(char* at, const char* end, long value) {
     char digits[24];
     int count = 0;
     const bool negative = value < 0;
-    unsigned long magnitude = negative ? 0ul - static_cast<unsigned long>(value) : static_cast<unsigned long>(value);
+    unsigned long magnitude = negative ? 0ul - static_cast<unsigned long>(value)
+                                       : static_cast<unsigned long>(value);
     do {
         digits[count++] = static_cast<char>('0' + magnitude % 10);
         magnitude /= 10;
@@ -64,7 +65,9 @@ char* AppendText(char* at, const char* end, const char* text) {
     dup2(out, 1);
     dup2(err, 2);
     if (descriptorLimit >= 4) {
-        const unsigned last = descriptorLimit > static_cast<long>(UINT_MAX) ? UINT_MAX : static_cast<unsigned>(descriptorLimit - 1);
+        const unsigned last = descriptorLimit > static_cast<long>(UINT_MAX)
+                                  ? UINT_MAX
+                                  : static_cast<unsigned>(descriptorLimit - 1);
         if (close_range(3, last, 0) != 0) {
             for (long fd = 3; fd < descriptorLimit; ++fd) close(static_cast<int>(fd));
         }
@@ -89,7 +92,8 @@ char* AppendText(char* at, const char* end, const char* text) {
 
 void startProc(CExternalProc& proc) {
     std::vector<std::string> environment;
-    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) environment.emplace_back(*entry);
+    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry)
+        environment.emplace_back(*entry);
 
     std::string program;
     std::vector<std::string> arguments;

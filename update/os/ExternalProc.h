@@ -12,10 +12,10 @@ struct CExternalProc {
     // program's environment (an inherited NAME stays before them); the first other token is the
     // program path; argument 0 is its last component.
     std::string commandLine;
-    int32_t pid = 0;  // 0 until started, -1 when the fork failed
+    int32_t pid = 0;            // 0 until started, -1 when the fork failed
     int outPipe[2] = {-1, -1};  // read end, write end
     int errPipe[2] = {-1, -1};
-    int32_t status = 0;  // as the wait call delivers it
+    int32_t status = 0;     // as the wait call delivers it
     bool finished = false;  // set once the process has been reaped
 };
 

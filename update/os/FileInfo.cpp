@@ -34,7 +34,9 @@ bool Match(const std::string& pattern, std::vector<std::string>& paths) {
 }  // namespace
 
 CFileInfo::CFileInfo()
-    : m_creationTime(InvalidDateTime()), m_lastAccessTime(InvalidDateTime()), m_lastWriteTime(InvalidDateTime()) {}
+    : m_creationTime(InvalidDateTime()),
+      m_lastAccessTime(InvalidDateTime()),
+      m_lastWriteTime(InvalidDateTime()) {}
 
 CFileInfo::CFileInfo(const std::string& path, const struct stat& status)
     : m_path(path),

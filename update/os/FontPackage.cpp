@@ -196,8 +196,7 @@ bool CFontPackageMembers::Header() {
             if (!NameAllowed(name)) return Refuse("member " + Shown(name) + " lies outside " + m_folder + "/");
             m_unpacked = AddSaturated(m_unpacked, kDiskBlock);
             break;
-        default:
-            return Refuse("member " + Shown(name) + " is not a file or folder");
+        default: return Refuse("member " + Shown(name) + " is not a file or folder");
     }
     m_remaining = RoundUp(size, kBlock);
     if (m_remaining == UINT64_MAX) return Refuse("not a tar archive");

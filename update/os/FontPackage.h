@@ -39,7 +39,7 @@ private:
     uint64_t m_remaining = 0;  // bytes of the current member's data (with padding) still to come
     uint64_t m_keep = 0;       // of those, the bytes collected into m_data
     char m_dataType = 0;
-    std::string m_nextName;    // from a long-name or extended header, for the next member
+    std::string m_nextName;  // from a long-name or extended header, for the next member
     uint64_t m_nextSize = UINT64_MAX;
     uint64_t m_unpacked = 0;
     int m_zeroBlocks = 0;

@@ -60,7 +60,8 @@ bool SonameOf(const std::string& image, std::string& soname) {
     Elf32_Ehdr header{};
     if (!Field(image, 0, header) || header.e_shentsize != sizeof(Elf32_Shdr)) return false;
     auto section = [&](uint32_t index, Elf32_Shdr& out) {
-        return index < header.e_shnum && Field(image, header.e_shoff + uint64_t{index} * sizeof(Elf32_Shdr), out);
+        return index < header.e_shnum &&
+               Field(image, header.e_shoff + uint64_t{index} * sizeof(Elf32_Shdr), out);
     };
     for (uint32_t i = 0; i < header.e_shnum; ++i) {
         Elf32_Shdr dynamic{}, strings{};

@@ -37,8 +37,7 @@ TEST(VirginizeBroadcast, ObserversAreToldInRegistrationOrderWhileRegistered) {
         informer->VirginizeThird(nullptr);
     }
     informer->VirginizeThird(nullptr);
-    EXPECT_EQ(record,
-              (std::vector<std::string>{"a second Service", "b second Service", "a third", "b third"}));
+    EXPECT_EQ(record, (std::vector<std::string>{"a second Service", "b second Service", "a third", "b third"}));
 }
 
 }  // namespace

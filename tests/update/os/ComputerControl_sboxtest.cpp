@@ -29,8 +29,10 @@ TEST(ComputerControlTools, EachOperationReachesItsToolWithItsArguments) {
         std::string args, privileged, fstab;
     } cases[] = {
         // The clock's fields are padded with blanks, not zeros; day of week and milliseconds unused.
-        {[] { return int(SetComputerSystemClock({2019, 3, 2, 5, 9, 4, 7, 999})); }, "date", "exit 1", 0,
-         "[-s][2019- 3- 5  9: 4: 7]\n", "", ""},
+        {[] {
+             return int(SetComputerSystemClock({2019, 3, 2, 5, 9, 4, 7, 999}));
+         },
+         "date", "exit 1", 0, "[-s][2019- 3- 5  9: 4: 7]\n", "", ""},
         {[] { return ComputerBeep(440, 200), 0; }, "beep", "exit 4", 0, "[-f][440][-l][200]\n", "", ""},
         {[] { return int(SetComputerHostName("vet-lab-3")); }, "VtxHostname", "", 1, "vet-lab-3\n", "", ""},
         // A refused shutdown runs again through the privileged tool, which is not needed otherwise.
@@ -51,8 +53,8 @@ TEST(ComputerControlTools, EachOperationReachesItsToolWithItsArguments) {
         const std::string args = c.script.empty() ? record + c.tool + ".log" : bin / (c.tool + ".args");
         for (const std::string& file : {args, record + "privileged.log", record + "append_fstab.log"})
             ASSERT_TRUE(WriteFile(file, ""));
-        const std::string standIn = "for a in \"$@\"; do printf '[%s]' \"$a\" >> '" + args + "'; done\necho >> '" +
-                                    args + "'\n" + c.script;
+        const std::string standIn = "for a in \"$@\"; do printf '[%s]' \"$a\" >> '" + args +
+                                    "'; done\necho >> '" + args + "'\n" + c.script;
         ASSERT_TRUE(c.script.empty() || vtxtest::WriteScript(bin / c.tool, standIn));
         EXPECT_EQ(c.call(), c.result);
         EXPECT_EQ(ReadFile(args), c.args);

@@ -19,10 +19,17 @@ bool Exists(const std::string& path) { return std::filesystem::exists(std::files
 TEST(ComputerControlFiles, CopyTakesShellCharactersInNamesAsJustCharacters) {
     CTestFolder folder;
     const std::string marker = folder / "pwned-marker";
-    const std::string names[] = {"my folder/a b.log", "a$(touch " + marker + ").log", "b`touch " + marker + "`.log",
-                                 "c\"; touch " + marker + "; echo \".log", "e\\.log", "f\\\".log",
-                                 "i\\$(touch " + marker + ").log", "h'quote'.log", "x\".log",
-                                 "first\ntouch " + marker + "\n.log", std::string(246, 'L') + ".log"};  // 255 with ".copy"
+    const std::string names[] = {"my folder/a b.log",
+                                 "a$(touch " + marker + ").log",
+                                 "b`touch " + marker + "`.log",
+                                 "c\"; touch " + marker + "; echo \".log",
+                                 "e\\.log",
+                                 "f\\\".log",
+                                 "i\\$(touch " + marker + ").log",
+                                 "h'quote'.log",
+                                 "x\".log",
+                                 "first\ntouch " + marker + "\n.log",
+                                 std::string(246, 'L') + ".log"};  // 255 with ".copy"
     for (const std::string& name : names) {
         SCOPED_TRACE(name);
         // Slashes in a name make folders of its first part.
@@ -62,11 +69,13 @@ TEST(ComputerControlFiles, CopyGoesThroughALinkIntoAFolderAndFailsWithoutATrace)
     // A stick that answers a second read otherwise: the copy that differs never takes the name.
     const SFileContent checked = DigestBytes("checked");
     std::string cause;
-    EXPECT_FALSE(CopyFile(folder / "new", folder / "target", &cause, SCopyOptions{eCopyDestination::FollowLinks, &checked}));
+    EXPECT_FALSE(CopyFile(folder / "new", folder / "target", &cause,
+                          SCopyOptions{eCopyDestination::FollowLinks, &checked}));
     EXPECT_EQ(cause.rfind(kCopyContentDiffers, 0), 0u);
     EXPECT_EQ(ReadFile(folder / "target"), "new");
     // The stick's way: the link itself gives way to the copy.
-    EXPECT_TRUE(CopyFile(folder / "new", folder / "dangling", nullptr, SCopyOptions{eCopyDestination::ReplaceLink, nullptr}));
+    EXPECT_TRUE(CopyFile(folder / "new", folder / "dangling", nullptr,
+                         SCopyOptions{eCopyDestination::ReplaceLink, nullptr}));
     EXPECT_EQ(ReadFile(folder / "dangling"), "new");
     EXPECT_FALSE(Exists(folder / kPartialCopyName));
 }
@@ -91,7 +100,8 @@ TEST(ComputerControlFiles, RemoveFolderTreeRemovesWhatItMatchesAndFollowsNoLink)
     EXPECT_FALSE(Exists(tree));
     EXPECT_EQ(ReadFile(outside + "/keep.txt"), "keep");
     // A hidden name stays, as "folder/*" leaves it, and so does the folder holding it.
-    ASSERT_TRUE(mkdir(tree.c_str(), 0777) == 0 && WriteFile(tree + "/.hidden", "left") && WriteFile(tree + "/b", "x"));
+    ASSERT_TRUE(mkdir(tree.c_str(), 0777) == 0 && WriteFile(tree + "/.hidden", "left") &&
+                WriteFile(tree + "/b", "x"));
     EXPECT_FALSE(RemoveFolderTree(tree));
     EXPECT_EQ(ReadFile(tree + "/.hidden"), "left");
     EXPECT_FALSE(Exists(tree + "/b"));

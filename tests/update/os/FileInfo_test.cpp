@@ -51,8 +51,7 @@ TEST_F(FileScan, WhatAPatternTakes) {
     const struct {
         std::string pattern;
         std::string taken;  // empty: refused
-    } single[] = {
-        // clang-format off
+    } single[] = {          // clang-format off
         {f + "/x.log", ""}, {f, ""}, {f + "/missing.log", ""}, {"", ""}, {f + "/b.log", f + "/b.log"},
         {f + "/link.log", f + "/link.log"}, {f + "/dirlink", f + "/dirlink"}, {f + "/?.log", f + "/a.log"}};
     // clang-format on
@@ -67,8 +66,7 @@ TEST_F(FileScan, WhatAPatternTakes) {
         std::string folder, pattern;
         bool recursive;
         std::set<std::string> found;
-    } scans[] = {
-        // clang-format off
+    } scans[] = {// clang-format off
         {f + "/", "*.log", false, {f + "/a.log", f + "/b.log", f + "/link.log"}},
         {f + "/", "*.log", true, {f + "/a.log", f + "/b.log", f + "/link.log", f + "/sub/d.log", f + "/sub/deeper/e.log"}},
         {f + "/", "*.none", true, {}}, {f + "/", "", false, {}}, {m_root / "missing/", "*.log", false, {}}};
