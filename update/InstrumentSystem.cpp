@@ -138,10 +138,6 @@ std::string CInstrumentSystem::RunCommandOutput(const std::string& command, bool
     return ::RunCommandOutput(command, started, exitStatus);
 }
 
-bool CInstrumentSystem::FlushFile(const std::string& path, std::string& cause) {
-    return FlushFileToDisk(path, &cause);
-}
-
 void CInstrumentSystem::FlushAllFileSystems() { ::FlushAllFileSystems(); }
 
 bool CInstrumentSystem::OpenLog(const std::string& path, std::string& cause) {

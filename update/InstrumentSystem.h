@@ -40,7 +40,6 @@ public:
     bool WriteFileWhole(const std::string& path, const std::string& bytes, std::string& cause) override;
     int RunShellCommand(const std::string& command) override;
     std::string RunCommandOutput(const std::string& command, bool& started, int& exitStatus) override;
-    bool FlushFile(const std::string& path, std::string& cause) override;
     void FlushAllFileSystems() override;
 
     bool OpenLog(const std::string& path, std::string& cause) override;

@@ -584,8 +584,8 @@ bool CUpdateProcedure::FinishUpdateLog() {
     std::string cause;
     if (m_logOpen && !m_system->CloseLog(cause)) SayWhy("update log", cause);
     m_logOpen = false;
-    // The instrument's copy whole on its disk before a copy of it goes to the stick.
-    if (!m_logPath.empty() && !m_system->FlushFile(m_logPath, cause)) SayWhy("update log", cause);
+    // Each line is on the disk already (AppendLogLine): the copy on the stick is made of lines the
+    // instrument's disk holds.
     if (m_logPath.empty()) {
         ShowCode(eCodeLogPathEmpty);
         return false;

@@ -65,7 +65,6 @@ public:
     virtual int RunShellCommand(const std::string& command) = 0;
     // What the command printed; started is false when it could not be started.
     virtual std::string RunCommandOutput(const std::string& command, bool& started, int& exitStatus) = 0;
-    virtual bool FlushFile(const std::string& path, std::string& cause) = 0;
     virtual void FlushAllFileSystems() = 0;
 
     // The instrument's log, opened for appending (made when missing). One line at a time, ended

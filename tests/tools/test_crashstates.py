@@ -103,8 +103,9 @@ def broken(tree):
         ("Application old or new, whole", app in (OLD, NEW)),
         ("the new build in Application or in NEW", NEW in (app, getattr(tree.get("/home/vtx/Code/NEW/Application"),
                                                                         "data", None))),
+        # A line whose flush did not come may be zero bytes: its new size reached the disk alone.
         ("the log's old content and whole lines", tree["/home/vtx/Code/instrument.log"].data in (
-            b"old\r\n", b"old\r\nNew version copied\r\n")),
+            b"old\r\n", b"old\r\nNew version copied\r\n", b"old\r\n" + bytes(20))),
     ] if not kept]
 
 
@@ -152,6 +153,9 @@ class CrashStates(unittest.TestCase):
         self.assertEqual(torn, {"b+torn /home/vtx/log@%d" % n: written[:n] for n in (PAGE, 2 * PAGE)})
         # A line cut at the first boundary: "every line is one write" does not keep lines whole.
         self.assertFalse(torn["b+torn /home/vtx/log@%d" % PAGE].endswith(b"\r\n"))
+        # The new size on the disk ahead of the data: zero bytes where the lines were.
+        self.assertEqual(states["b+zeros /home/vtx/log"]["/home/vtx/log"].data,
+                         b"x" * (PAGE - 2) + bytes(len(written) - PAGE + 2))
 
     def test_a_fat_stick_may_lose_both_names_of_a_rename(self):
         names = {}

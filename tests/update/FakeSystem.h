@@ -222,10 +222,6 @@ public:
         started = Fail("start") == nullptr;
         return Answer(printed, command, std::string());
     }
-    bool FlushFile(const std::string& path, std::string& cause) override {
-        const std::string* why = Fail("flush");
-        return why == nullptr || Refuse(cause, path + ": " + *why);
-    }
     void FlushAllFileSystems() override { commands.push_back("sync"); }
 
     bool OpenLog(const std::string& path, std::string& cause) override {

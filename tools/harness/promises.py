@@ -21,6 +21,10 @@ def broken(tree, was, build, log_at_end, last):
     """The promises one crash state breaks; last: the state is one of the reboot request's."""
     app, old, new, log = tree.get(APPLICATION), was[APPLICATION], was[NEW + build].data, tree[LOG].data
 
+    # The log's end as zero bytes: its new size reached the disk ahead of the data of its last write.
+    kept = log.rstrip(b"\0")
+    unwritten = log_at_end[len(kept):len(log)]
+
     def whole(path, source, mode=None):
         return path not in tree or tree[path].data == was[source].data and mode in (None, tree[path].mode)
     return [promise for promise, kept in [
@@ -36,8 +40,10 @@ def broken(tree, was, build, log_at_end, last):
         # Written back a page at a time, the log may end inside a line only at a page boundary.
         ("the instrument's log keeps its old content and holds this run's lines, whole but the last, "
          "cut short only at a page boundary",
-         log.startswith(was[LOG].data) and log_at_end.startswith(log)
-         and (log[len(was[LOG].data):][-2:] in (b"", b"\r\n") or len(log) % PAGE == 0)),
+         kept.startswith(was[LOG].data) and log_at_end.startswith(kept)
+         and (kept[len(was[LOG].data):][-2:] in (b"", b"\r\n") or len(kept) % PAGE == 0)),
+        ("zero bytes end the instrument's log only in place of one line, the last",
+         b"\r\n" not in unwritten[:-2]),
         ("when the reboot is asked for, Code/NEW is gone, the fonts unpacked and the stick's log whole",
          not last or NEW[:-1] not in tree and [getattr(tree.get(p), "data", None) for p in (
              "/home/vtx/jfonts/ipag.ttf", STICK_LOG)] == [b"stand-in font\n", log_at_end]),
@@ -57,8 +63,8 @@ FLUSHES = [
     ("the partial copy before its rename", lambda e: e["op"] == "fsync" and e["path"].endswith("/" + PARTIAL),
      "is whole or absent"),
     ("the folder after the rename", lambda e: e["op"] == "fsyncdir", "the new build is in Application"),
-    ("the instrument's log before its copy", lambda e: e["op"] == "fsync" and e["path"] == LOG[len("/home/vtx"):],
-     "the stick's log is the older one"),
+    ("the instrument's log after each line", lambda e: e["op"] == "fsync" and e["path"] == LOG[len("/home/vtx"):],
+     "zero bytes end the instrument's log"),
     ("`sync` before the reboot", lambda e: e["op"] == "sync", "when the reboot is asked for"),
 ]
 

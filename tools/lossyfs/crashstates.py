@@ -28,7 +28,11 @@ The states built at each cut point:
             a and b with every file's data as written, none of it lost;
   b+torn P@N
             b with the file P written back up to the page boundary at byte N (its pages before N
-            as written, the rest as flushed), the other files as flushed.
+            as written, the rest as flushed), the other files as flushed;
+  b+zeros P
+            b with the file P grown to its written size but its data as flushed: the bytes past
+            the flushed end read as zero bytes, as ext4 leaves a file whose new size its journal
+            committed ahead of the data (the other files as flushed).
 Equal states of one cut point are built once. A cut point with more than MAX_COMBINATIONS
 combinations of open name changes stops the run (TooManyStates): building fewer would pass in
 silence what was never checked.
@@ -183,6 +187,9 @@ class Journal:
             for boundary in self.page_boundaries(ident, cut):
                 states.append(("b+torn %s@%d" % (self.path_of(ident, cut), boundary),
                                self.tree(sorted(done + everything), cut, {ident: boundary})))
+            if len(self.written(ident, cut)) > len(self.data(ident, cut)):
+                states.append(("b+zeros %s" % self.path_of(ident, cut),
+                               self.tree(sorted(done + everything), cut, {ident: "zeros"})))
         return states
 
     def page_boundaries(self, ident, cut):
@@ -225,8 +232,8 @@ class Journal:
 
     def tree(self, applied, cut, data=None):
         """The disks with the initial tree, the given steps of name changes applied in order, and
-        every file's data as flushed at the cut; data: {file: "written" or a page boundary} for files
-        whose data reached the disk beyond that."""
+        every file's data as flushed at the cut; data: {file: "written", a page boundary or "zeros"}
+        for files whose data (or only their size) reached the disk beyond that."""
         nodes, entries, roots = {}, {}, {}
         for e in self.initial:
             nodes[e["id"]] = dict(type=e["type"], mode=e["mode"], uid=e["uid"], gid=e["gid"], target=e.get("target"))
@@ -267,6 +274,8 @@ class Journal:
             if how is None:
                 return flushed
             written = self.written(ident, cut)
+            if how == "zeros":
+                return flushed + bytes(len(written) - len(flushed))
             return written if how == "written" else written[:how] + flushed[how:]
 
         def walk(ident, path, seen):
