@@ -118,9 +118,19 @@ bool CInstrumentSystem::CopyFile(const std::string& from, const std::string& to,
     return ::CopyFile(from, to, &cause, options);
 }
 
-bool CInstrumentSystem::CreateFolder(const std::string& path) { return ::CreateFolder(path); }
+bool CInstrumentSystem::CreateFolder(const std::string& path, std::string& cause) {
+    if (::CreateFolder(path)) return true;
+    cause = Failed(path);
+    return false;
+}
 
-bool CInstrumentSystem::RemoveFolderTree(const std::string& folder) { return ::RemoveFolderTree(folder); }
+bool CInstrumentSystem::RemoveFolderTree(const std::string& folder, std::string& cause) {
+    errno = 0;
+    if (::RemoveFolderTree(folder)) return true;
+    // Without a system error it was no folder: a link or a file in its place.
+    cause = errno != 0 ? Failed(folder) : folder + ": not a folder";
+    return false;
+}
 
 bool CInstrumentSystem::RemoveFile(const std::string& path, std::string& cause) {
     if (unlink(path.c_str()) == 0) return true;

@@ -34,8 +34,8 @@ public:
 
     bool CopyFile(const std::string& from, const std::string& to, std::string& cause,
                   const SCopyOptions& options) override;
-    bool CreateFolder(const std::string& path) override;
-    bool RemoveFolderTree(const std::string& folder) override;
+    bool CreateFolder(const std::string& path, std::string& cause) override;
+    bool RemoveFolderTree(const std::string& folder, std::string& cause) override;
     bool RemoveFile(const std::string& path, std::string& cause) override;
     bool WriteFileWhole(const std::string& path, const std::string& bytes, std::string& cause) override;
     int RunShellCommand(const std::string& command) override;

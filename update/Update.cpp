@@ -479,14 +479,15 @@ bool CUpdateProcedure::BackUpOldVersion() {
         return false;
     }
     const std::string backupFolder = GetBackupFolder();
-    if (!m_system->CreateFolder(backupFolder)) {
+    std::string cause;
+    if (!m_system->CreateFolder(backupFolder, cause)) {
+        SayWhy("no backup folder", cause);
         ShowCode(eCodeBackupFolder);
         return false;
     }
     // Named after the application, with the time it was last written.
     const std::string backup =
         JoinPath(backupFolder, GetInstrumentApplicationFileName() + "_" + FormatBackupTimeStamp(modified));
-    std::string cause;
     if (!m_system->CopyFile(application, backup, cause, SCopyOptions())) {
         SayWhy("no backup made", cause);
         ShowCode(eCodeBackupCopy);
@@ -520,7 +521,8 @@ bool CUpdateProcedure::InstallNewVersion() {
         ShowCode(eCodeInstallCopy);
         return false;
     }
-    if (!m_system->RemoveFolderTree(GetNewBuildFolder())) {
+    if (!m_system->RemoveFolderTree(GetNewBuildFolder(), cause)) {
+        SayWhy("new-build folder not removed", cause);
         ShowCode(eCodeRemoveNewBuild);
         return false;
     }

@@ -57,8 +57,8 @@ public:
 
     virtual bool CopyFile(const std::string& from, const std::string& to, std::string& cause,
                           const SCopyOptions& options) = 0;
-    virtual bool CreateFolder(const std::string& path) = 0;
-    virtual bool RemoveFolderTree(const std::string& folder) = 0;
+    virtual bool CreateFolder(const std::string& path, std::string& cause) = 0;
+    virtual bool RemoveFolderTree(const std::string& folder, std::string& cause) = 0;
     virtual bool RemoveFile(const std::string& path, std::string& cause) = 0;
     virtual bool WriteFileWhole(const std::string& path, const std::string& bytes, std::string& cause) = 0;
     // The shell's exit status, -1 when the command did not end normally.

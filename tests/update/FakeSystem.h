@@ -183,12 +183,13 @@ public:
         copies.push_back(from + " > " + destination);
         return true;
     }
-    bool CreateFolder(const std::string& path) override {
-        if (Fail("mkdir") != nullptr) return false;
+    bool CreateFolder(const std::string& path, std::string& cause) override {
+        if (const std::string* why = Fail("mkdir")) return Refuse(cause, *why);
         if (Find(path) == nullptr) Folder(path);
         return true;
     }
-    bool RemoveFolderTree(const std::string& folder) override {
+    bool RemoveFolderTree(const std::string& folder, std::string& cause) override {
+        cause = folder + ": not emptied";
         std::lock_guard<std::recursive_mutex> lock(m_mutex);
         bool whole = Fail("remove") == nullptr;
         for (auto at = nodes.lower_bound(folder + "/");
