@@ -21,7 +21,7 @@ application() {
   printf '%s %s' "$status" "$out" | tr '\n' ' ' > /run/app
   say "APP $(cat /run/app)"
 }
-collect() { python3 /usr/local/lib/vtx-collect.py "$@" app=@/run/app; }
+collect() { python3 /run/vtx-job/collect.py "$@" app=@/run/app; }
 update() {
   Xvfb :0 -nolisten tcp -ac -screen 0 800x600x24 > /run/xvfb.log 2>&1 &
   i=0

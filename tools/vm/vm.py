@@ -77,6 +77,7 @@ def job_disk(folder, phase, files=None):
     shutil.rmtree(jobs, ignore_errors=True)
     os.makedirs(jobs)
     shutil.copy(os.path.join(HERE, "job.sh"), os.path.join(jobs, "job"))
+    shutil.copy(os.path.join(HERE, "collect.py"), os.path.join(jobs, "collect.py"))
     with open(os.path.join(jobs, "phase"), "w") as f:
         f.write(phase + "\n")
     for name, source in (files or {}).items():
@@ -219,8 +220,8 @@ def accelerator(folder):
 def judged(state, initial, log_at_end, last):
     """The promises one state breaks, from the power-loss checks, and the boot's own: a clean file
     system, an application that starts and is the build its file holds."""
-    from crashstates import Entry
     import powerloss_e2e as p
+    from crashstates import Entry
 
     def tree(files):
         out = {}
@@ -458,6 +459,10 @@ def main():
         args.seed = random.SystemRandom().randrange(1 << 31)
     folder = os.path.join(WORK, "%s-%d" % (args.phase, os.getpid()))
     os.makedirs(folder, exist_ok=True)
+    needs = {"e2e": [INSTALLED, "setup"], "trials": [PLAN, "e2e"]}.get(args.phase)
+    if needs and not os.path.exists(needs[0]):
+        sys.stderr.write("virtual-instrument: %s: %s is missing; run the %s step first\n" % (args.phase, needs[0], needs[1]))
+        return 1
     try:
         accel = accelerator(folder) if args.phase != "probe" else None
         if args.phase == "probe":
