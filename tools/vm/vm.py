@@ -149,7 +149,7 @@ class Guest:
     def answer(self):
         self.channel.sendall(b"GO\n")
 
-    def events(self, limit):
+    def events(self, limit, what="came to no end"):
         """(seconds since start, line) of each channel line until qemu ends; the wait is bounded."""
         deadline = self.started + limit
         while True:
@@ -161,7 +161,7 @@ class Guest:
             left = deadline - time.monotonic()
             if left <= 0:
                 self.kill()
-                fail(self.phase, "no end within %d s (serial log kept: %s)" % (limit, self.console))
+                fail(self.phase, "the guest %s within %d s (serial log kept: %s)" % (what, limit, self.console))
             ready, _, _ = select.select([self.channel], [], [], min(left, 1.0))
             if ready:
                 data = self.channel.recv(65536)
@@ -182,7 +182,7 @@ class Guest:
 
 def boot_ready(guest, limit=BOOT_LIMIT):
     """Seconds to the job's start (the READY line)."""
-    for t, text in guest.events(limit):
+    for t, text in guest.events(limit, "did not boot"):
         if text.startswith("READY"):
             return t
     said = guest.qemu.stdout.read().decode(errors="replace").strip().splitlines()
@@ -480,6 +480,11 @@ def main():
             return 1 if phase_trials(args, folder, accel) else 0
     except Failure as e:
         sys.stderr.write("virtual-instrument: %s\n" % e)
+        return 1
+    except (OSError, ValueError, KeyError, subprocess.CalledProcessError) as e:
+        detail = getattr(e, "output", b"") or b""
+        sys.stderr.write("virtual-instrument: %s: %s %s %s (work folder kept: %s)\n" % (
+            args.phase, type(e).__name__, e, detail.decode(errors="replace").strip()[-200:], folder))
         return 1
     return 0
 
