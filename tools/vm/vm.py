@@ -433,15 +433,18 @@ def phase_trials(args, folder, accel):
     span = (steps[-1]["t"] - plan["update_at"]) if steps else 30
     moments = [round(rng.uniform(0, span), 2) for _ in range(args.random)]
     print(json.dumps(dict(step="trials", seed=args.seed, steps=len(steps), cuts=cuts, moments=moments)), flush=True)
-    failed = 0
+    failed, tally = 0, {}
     for i, cut in enumerate(cuts + [None] * len(moments)):
         moment = None if cut is not None else moments[i - len(cuts)]
         name = "cut-%03d" % cut if cut is not None else "moment-%d" % (i - len(cuts))
         out = trial(os.path.join(folder, name), accel, plan, initial, cut=cut, moment=moment)
         out.update(trial=name, seed=args.seed, planned=describe(steps[cut - 1]) if cut else None)
         failed += bool(out["broken"])
+        for promise in out["broken"]:
+            tally.setdefault(promise[:120], []).append(name)
         print(json.dumps(out), flush=True)
-    print(json.dumps(dict(step="trials", trials=len(cuts) + len(moments), failed=failed, seed=args.seed)), flush=True)
+    print(json.dumps(dict(step="trials", trials=len(cuts) + len(moments), failed=failed, seed=args.seed, broken=tally)),
+          flush=True)
     return failed
 
 
