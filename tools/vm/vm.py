@@ -192,7 +192,7 @@ def boot_ready(guest, limit=BOOT_LIMIT):
 def probe_boot(folder, accel, limit):
     """Seconds to a booted guest, or the failure."""
     try:
-        guest = Guest(folder, "probe", overlay(folder, "probe-" + accel, BASE), accel)
+        guest = Guest(folder, "probe-" + accel, overlay(folder, "probe-" + accel, BASE), accel)
         t = boot_ready(guest, limit=limit)
         for _ in guest.events(limit):
             pass
@@ -430,8 +430,9 @@ def phase_trials(args, folder, accel):
     rng = random.Random(args.seed)
     if args.count is not None and args.count < len(cuts):
         cuts = sorted(rng.sample(cuts, args.count))
-    span = (steps[-1]["t"] - plan["update_at"]) if steps else 30
-    moments = [round(rng.uniform(0, span), 2) for _ in range(args.random)]
+    # Between the first step and the reboot request: before the first step the update only waits.
+    first, last = (steps[0]["t"] - plan["update_at"], steps[-1]["t"] - plan["update_at"]) if steps else (0, 30)
+    moments = [round(rng.uniform(first, last), 2) for _ in range(args.random)]
     print(json.dumps(dict(step="trials", seed=args.seed, steps=len(steps), cuts=cuts, moments=moments)), flush=True)
     failed, tally = 0, {}
     for i, cut in enumerate(cuts + [None] * len(moments)):
@@ -446,6 +447,16 @@ def phase_trials(args, folder, accel):
     print(json.dumps(dict(step="trials", trials=len(cuts) + len(moments), failed=failed, seed=args.seed, broken=tally)),
           flush=True)
     return failed
+
+
+def tidy(folder):
+    """The work folder of a run that went through, but the failing trials it keeps."""
+    for name in os.listdir(folder):
+        if not name.startswith(("cut-", "moment-")):
+            path = os.path.join(folder, name)
+            shutil.rmtree(path) if os.path.isdir(path) else os.unlink(path)
+    if not os.listdir(folder):
+        os.rmdir(folder)
 
 
 def main():
@@ -480,7 +491,10 @@ def main():
         elif args.phase == "e2e":
             phase_e2e(args, folder, accel)
         else:
-            return 1 if phase_trials(args, folder, accel) else 0
+            status = 1 if phase_trials(args, folder, accel) else 0
+            tidy(folder)
+            return status
+        tidy(folder)
     except Failure as e:
         sys.stderr.write("virtual-instrument: %s\n" % e)
         return 1
