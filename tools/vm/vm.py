@@ -296,7 +296,6 @@ def phase_setup(args, folder, accel):
             fail("setup", "%s is missing after the setup boot (serial log kept: %s)" % (path, guest.console))
     save("initial.json", state)
     os.rename(part, INSTALLED)
-    shutil.rmtree(folder, ignore_errors=True)
     out = dict(step="setup", accel=accel, boot_s=ready, total_s=round(time.monotonic() - t0, 1))
     print(json.dumps(out), flush=True)
     return out
@@ -338,7 +337,6 @@ def phase_e2e(args, folder, accel):
                reboot_request_s=steps[-1]["t"] if steps else None, second_boot_ready_s=marks["READY"][-1],
                total_s=round(time.monotonic() - t0, 1), steps=len(steps), apps=apps)
     print(json.dumps(out), flush=True)
-    shutil.rmtree(folder, ignore_errors=True)
     return out
 
 
