@@ -11,6 +11,7 @@ trial; a failure is one line "virtual-instrument: STEP: what" on standard error,
 """
 import argparse
 import base64
+import glob
 import json
 import os
 import random
@@ -32,6 +33,8 @@ sys.path.insert(0, os.path.join(REPO, "tools"))
 CACHE = os.environ.get("VTX_VM_CACHE", "/var/cache/vtx-vm")
 WORK = os.environ.get("VTX_VM_WORK", os.path.join(CACHE, "work"))
 BASE, KERNEL, INITRD = (os.path.join(CACHE, n) for n in ("base.img", "vmlinuz", "initrd.img"))
+# The installed instrument: a link to the newest setup's image; a failing trial's disk lies over the
+# image of its own setup, which is kept while such a disk refers to it.
 INSTALLED = os.path.join(CACHE, "installed.img")
 STICK = os.path.join(CACHE, "stick.img")
 PLAN = os.path.join(CACHE, "steps.json")  # the steps of the uncut update, from the e2e run
@@ -96,7 +99,7 @@ def overlay(folder, name, below=INSTALLED):
     """A disk of its own over the installed image: qcow2 written through, so a killed qemu leaves
     exactly what the guest had sent to its disk."""
     disk = os.path.join(folder, name + ".qcow2")
-    run("qemu-img", "create", "-q", "-f", "qcow2", "-b", below, "-F", "raw", disk)
+    run("qemu-img", "create", "-q", "-f", "qcow2", "-b", os.path.realpath(below), "-F", "raw", disk)
     return disk
 
 
@@ -273,10 +276,22 @@ def make_stick(path):
         os.unlink(source)
 
 
+def forget_setups(current):
+    """Removes the images of earlier setups that no kept trial's disk lies over."""
+    used = {current}
+    for disk in glob.glob(os.path.join(WORK, "*", "*", "disk.qcow2")):
+        info = json.loads(run("qemu-img", "info", "--output=json", disk).stdout)
+        used.add(info.get("full-backing-filename") or info.get("backing-filename"))
+    for image in glob.glob(os.path.join(CACHE, "installed-*.img")):
+        if image not in used and os.path.isfile(image):
+            os.unlink(image)
+
+
 def phase_setup(args, folder, accel):
     """Installs this commit's package in a setup boot and lays out the instrument's state."""
     t0 = time.monotonic()
-    part = INSTALLED + ".partial"
+    made = os.path.join(CACHE, "installed-%d.img" % time.time())
+    part = made + ".partial"
     run("cp", "--sparse=always", BASE, part)
     if os.path.exists(STICK):
         os.unlink(STICK)
@@ -295,7 +310,12 @@ def phase_setup(args, folder, accel):
         if path not in state["files"]:
             fail("setup", "%s is missing after the setup boot (serial log kept: %s)" % (path, guest.console))
     save("initial.json", state)
-    os.rename(part, INSTALLED)
+    os.rename(part, made)
+    if os.path.exists(PLAN):  # the steps of another installation
+        os.unlink(PLAN)
+    os.symlink(os.path.basename(made), INSTALLED + ".new")
+    os.rename(INSTALLED + ".new", INSTALLED)
+    forget_setups(made)
     out = dict(step="setup", accel=accel, boot_s=ready, total_s=round(time.monotonic() - t0, 1))
     print(json.dumps(out), flush=True)
     return out
@@ -414,6 +434,7 @@ def trial(folder, accel, plan, initial, cut=None, moment=None):
                log_size=state["files"].get("/home/vtx/Code/instrument.log", {}).get("size"))
     if broken:
         out["kept"] = folder
+        shutil.rmtree(os.path.join(folder, "job"), ignore_errors=True)
         with open(os.path.join(folder, "state.json"), "w") as f:
             json.dump(state, f)
     else:
