@@ -107,8 +107,9 @@ class Guest:
     """One qemu process: the console in serial.log, the cut-point channel read line by line."""
 
     def __init__(self, folder, phase, disk, accel, files=None, reboot=False, readonly_root=False, stick=None):
-        self.folder, self.phase, self.lines, self.results = folder, phase, [], []
+        self.folder, self.phase, self.lines, self.accel = folder, phase, [], accel
         self.console = os.path.join(folder, "serial-%s.log" % phase)
+        self.said = os.path.join(folder, "qemu-%s.log" % phase)
         sock = os.path.join(folder, "cut.sock")
         if os.path.exists(sock):
             os.unlink(sock)
@@ -128,7 +129,8 @@ class Guest:
         if not reboot:
             command.append("-no-reboot")
         self.started = time.monotonic()
-        self.qemu = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, start_new_session=True)
+        with open(self.said, "wb") as said:
+            self.qemu = subprocess.Popen(command, stdout=said, stderr=subprocess.STDOUT, start_new_session=True)
         self.channel = socket.socket(socket.AF_UNIX)
         while True:
             try:
@@ -137,9 +139,15 @@ class Guest:
             except OSError:
                 if self.qemu.poll() is not None or time.monotonic() - self.started > 30:
                     self.kill()
-                    fail(phase, "qemu did not start: %s" % self.qemu.stdout.read().decode(errors="replace").strip())
+                    fail(phase, "qemu did not start: %s" % self.qemu_said())
                 time.sleep(0.05)
         self.buffer = b""
+
+    def qemu_said(self):
+        with open(self.said, errors="replace") as f:
+            lines = f.read().strip().splitlines()
+        errors = [line for line in lines if "error" in line.lower()]
+        return (errors or lines or ["nothing"])[-1 if not errors else 0]
 
     def elapsed(self):
         return round(time.monotonic() - self.started, 1)
@@ -174,6 +182,10 @@ class Guest:
                 self.buffer += data
             elif self.qemu.poll() is not None:
                 return
+            elif self.accel == "kvm" and "KVM internal error" in open(self.said, errors="replace").read():
+                # KVM stops the machine and qemu waits: no need to wait out the limit.
+                self.kill()
+                fail(self.phase, "KVM stopped the guest: %s (serial log kept: %s)" % (self.qemu_said(), self.console))
 
     def result(self, phase):
         found = [json.loads(text[7:]) for _t, text in self.lines if text.startswith("RESULT ")]
@@ -188,8 +200,7 @@ def boot_ready(guest, limit=BOOT_LIMIT):
     for t, text in guest.events(limit, "did not boot"):
         if text.startswith("READY"):
             return t
-    said = guest.qemu.stdout.read().decode(errors="replace").strip().splitlines()
-    fail(guest.phase, "the guest did not boot%s (serial log kept: %s)" % (": " + said[-1] if said else "", guest.console))
+    fail(guest.phase, "the guest did not boot, qemu said %s (serial log kept: %s)" % (guest.qemu_said(), guest.console))
 
 
 def probe_boot(folder, accel, limit):
@@ -206,6 +217,9 @@ def probe_boot(folder, accel, limit):
 
 def kvm_works(folder):
     """A short probe boot under KVM: /dev/kvm may be there and still boot no Linux."""
+    folder = os.path.join(WORK, "probe")  # the last probe's logs, kept for a look
+    shutil.rmtree(folder, ignore_errors=True)
+    os.makedirs(folder)
     if not os.access("/dev/kvm", os.R_OK | os.W_OK):
         return False, "no usable /dev/kvm"
     return probe_boot(folder, "kvm", int(os.environ.get("VTX_VM_KVM_PROBE", "20")))
@@ -504,7 +518,8 @@ def main():
             if not ok and args.tcg:
                 ok, why = probe_boot(folder, "tcg", BOOT_LIMIT)
                 print(json.dumps(dict(step="probe", tcg=ok, detail=why)))
-                return 0 if ok else 1
+                if not ok:
+                    return 1
         elif args.phase == "setup":
             phase_setup(args, folder, accel)
         elif args.phase == "e2e":
