@@ -12,8 +12,8 @@ stick() {
   modprobe vfat
   mount -t vfat -o "$1,uid=1000,gid=1000,fmask=0022,dmask=0022" /dev/vdb /media/usb || say "FAILED stick"
 }
-# The root image's read-only view, as the instrument mounts it.
-root_image() { mount --bind / /mnt/root-ro && mount -o remount,bind,ro /mnt/root-ro; }
+# The root image, read-only, as the instrument mounts it.
+root_image() { mount -o ro /dev/vdd /mnt/root-ro || say "FAILED root image"; }
 # The instrument starts its application at every power-up.
 application() {
   out=$(cd /home/vtx/Code && as_user timeout 20 /home/vtx/Code/Application 2>&1 | head -c 200)
@@ -37,11 +37,12 @@ case $phase in
   probe) ;;
   setup)
     dpkg -i ./vtx-update.deb > /run/dpkg.log 2>&1 || { cat /run/dpkg.log; say "FAILED dpkg -i"; exit 1; }
-    # The runtime link as the instrument's system has it: 6.0.22 by its absolute name.
+    # The runtime link as on an instrument before its operating-system update: it names 6.0.21,
+    # which is the system's own runtime under that name, so that its C++ programs still start.
     lib=/usr/lib/i386-linux-gnu
     own=$(readlink -f $lib/libstdc++.so.6)
-    ln -sf "$own" $lib/libstdc++.so.6.0.22
-    ln -sfn $lib/libstdc++.so.6.0.22 $lib/libstdc++.so.6
+    ln -sf "$own" $lib/libstdc++.so.6.0.21
+    ln -sfn $lib/libstdc++.so.6.0.21 $lib/libstdc++.so.6
     install -o vtx -g vtx -m 755 Application.old /home/vtx/Code/Application
     touch -d '2019-03-05 14:12:00' /home/vtx/Code/Application
     install -d -o vtx -g vtx /home/vtx/Code/NEW

@@ -37,6 +37,10 @@ BASE, KERNEL, INITRD = (os.path.join(CACHE, n) for n in ("base.img", "vmlinuz", 
 # image of its own setup, which is kept while such a disk refers to it.
 INSTALLED = os.path.join(CACHE, "installed.img")
 STICK = os.path.join(CACHE, "stick.img")
+# The instrument's read-only root image (/mnt/root-ro), a disk of its own: the operating-system
+# update remounts it writable and repairs the runtime link there.
+ROOT_RO = os.path.join(CACHE, "root-ro.img")
+WRONG_LINK = "/usr/lib/i386-linux-gnu/libstdc++.so.6.0.21"
 PLAN = os.path.join(CACHE, "steps.json")  # the steps of the uncut update, from the e2e run
 MEMORY = os.environ.get("VTX_VM_MEMORY", "256")
 # Bounds of every wait, in seconds under TCG; KVM keeps them.
@@ -63,9 +67,11 @@ def application_build(name):
 
 
 def stick_files():
-    """The stick of a full update: auxiliary file, font package, an older log of the log's name."""
+    """The stick of a full update, as the power-loss runs have it: auxiliary file, font package, the
+    runtime the operating-system update copies, an older log of the log's name."""
     import sandbox_run
     return {"update/zip": b"auxiliary data\n" * 1000,
+            "update/libstdc++.so.6.0.22": sandbox_run.runtime_library() + bytes(38000),
             "jfonts.tgz": sandbox_run.package(("jfonts/ipag.ttf", b"stand-in font\n")),
             "instrument.log": b"older log\r\n"}
 
@@ -106,7 +112,8 @@ def overlay(folder, name, below=INSTALLED):
 class Guest:
     """One qemu process: the console in serial.log, the cut-point channel read line by line."""
 
-    def __init__(self, folder, phase, disk, accel, files=None, reboot=False, readonly_root=False, stick=None):
+    def __init__(self, folder, phase, disk, accel, files=None, reboot=False, readonly_root=False, stick=None,
+                 root_ro=None):
         self.folder, self.phase, self.lines, self.accel = folder, phase, [], accel
         self.console = os.path.join(folder, "serial-%s.log" % phase)
         self.said = os.path.join(folder, "qemu-%s.log" % phase)
@@ -116,6 +123,8 @@ class Guest:
         fmt = "qcow2" if disk.endswith(".qcow2") else "raw"
         if stick is None and not os.path.exists(STICK):
             make_stick(STICK)
+        if root_ro is None and not os.path.exists(ROOT_RO):
+            make_root_ro(ROOT_RO)
         append = ("root=/dev/vda %s console=ttyS0,115200 init=/sbin/vtx-init loglevel=4 fsck.mode=skip "
                   "panic=-1" % ("ro" if readonly_root else "rw"))
         command = ["nice", "-n", "10", "qemu-system-i386", "-nodefaults", "-no-user-config", "-display", "none",
@@ -124,6 +133,7 @@ class Guest:
                    "-drive", "file=%s,format=%s,if=virtio,cache=writethrough" % (disk, fmt),
                    "-drive", "file=%s,format=raw,if=virtio,cache=writethrough" % (stick or STICK),
                    "-drive", "file=%s,format=raw,if=virtio,readonly=on" % job_disk(folder, phase, files),
+                   "-drive", "file=%s,format=raw,if=virtio,cache=writethrough" % (root_ro or ROOT_RO),
                    "-chardev", "file,id=console,path=" + self.console, "-serial", "chardev:console",
                    "-chardev", "socket,id=cut,path=%s,server=on,wait=on" % sock, "-serial", "chardev:cut"]
         if not reboot:
@@ -301,15 +311,26 @@ def forget_setups(current):
             os.unlink(image)
 
 
+def make_root_ro(path):
+    """The root image's runtime folder with the link wrong: every update repairs it."""
+    tree = path + ".d"
+    shutil.rmtree(tree, ignore_errors=True)
+    os.makedirs(tree + "/usr/lib/i386-linux-gnu")
+    os.symlink(WRONG_LINK, tree + "/usr/lib/i386-linux-gnu/libstdc++.so.6")
+    run("mkfs.ext4", "-q", "-F", "-d", tree, path, "16M")
+    shutil.rmtree(tree)
+
+
 def phase_setup(args, folder, accel):
     """Installs this commit's package in a setup boot and lays out the instrument's state."""
     t0 = time.monotonic()
     made = os.path.join(CACHE, "installed-%d.img" % time.time())
     part = made + ".partial"
     run("cp", "--sparse=always", BASE, part)
-    if os.path.exists(STICK):
-        os.unlink(STICK)
-    make_stick(STICK)
+    for image, make in ((STICK, make_stick), (ROOT_RO, make_root_ro)):
+        if os.path.exists(image):
+            os.unlink(image)
+        make(image)
     import powerloss_e2e as p
     files = {"vtx-update.deb": args.deb, "Application.old": application_build("old"),
              "Application.new": application_build("new"), "instrument.log": LOG_BEFORE}
@@ -339,9 +360,10 @@ def phase_e2e(args, folder, accel):
     """The whole update through the real reboot; the second boot must run the new build."""
     import powerloss_e2e as p
     t0 = time.monotonic()
-    stick = os.path.join(folder, "stick.img")
+    stick, root_ro = os.path.join(folder, "stick.img"), os.path.join(folder, "root-ro.img")
     shutil.copy(STICK, stick)
-    guest = Guest(folder, "e2e", overlay(folder, "e2e"), accel, reboot=True, stick=stick)
+    shutil.copy(ROOT_RO, root_ro)
+    guest = Guest(folder, "e2e", overlay(folder, "e2e"), accel, reboot=True, stick=stick, root_ro=root_ro)
     steps, marks, apps = [], {}, []
     for t, text in guest.events(RUN_LIMIT):
         word = text.split(" ", 1)[0]
@@ -406,10 +428,11 @@ def trial(folder, accel, plan, initial, cut=None, moment=None):
     boot's check and the promises' judgment."""
     t0 = time.monotonic()
     os.makedirs(folder, exist_ok=True)
-    stick = os.path.join(folder, "stick.img")
+    stick, root_ro = os.path.join(folder, "stick.img"), os.path.join(folder, "root-ro.img")
     shutil.copy(STICK, stick)
+    shutil.copy(ROOT_RO, root_ro)
     disk = overlay(folder, "disk")
-    guest = Guest(folder, "trial", disk, accel, stick=stick)
+    guest = Guest(folder, "trial", disk, accel, stick=stick, root_ro=root_ro)
     n, at, timer = 0, None, None
     for _t, text in guest.events(RUN_LIMIT):
         if text.startswith("UPDATE") and moment is not None:
@@ -435,11 +458,11 @@ def trial(folder, accel, plan, initial, cut=None, moment=None):
         # Killed at the moment, or stopped by itself (the reboot request passed): after step n.
         at = dict(n=n + 1, op="moment", path="%s s after the update's start" % moment)
     expected = plan["steps"][at["n"] - 1] if 0 < at["n"] <= len(plan["steps"]) else None
-    checker = Guest(folder, "check", disk, accel, stick=stick, readonly_root=True)
+    checker = Guest(folder, "check", disk, accel, stick=stick, readonly_root=True, root_ro=root_ro)
     for _ in checker.events(BOOT_LIMIT + RUN_LIMIT // 4):
         pass
     state = checker.result("check")
-    last = (expected or {}).get("op") == "privileged" or at["n"] > len(plan["steps"])
+    last = expected == plan["steps"][-1] or at["n"] > len(plan["steps"])
     broken = judged(state, initial, base64.b64decode(plan["log_at_end"]), last)
     if moment is None and expected and (expected["op"], expected["path"]) != (at["op"], at["path"]):
         broken.append("the cut step is the planned one: planned %s, got %s" % (describe(expected), describe(at)))
