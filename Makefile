@@ -135,17 +135,20 @@ check-oldsystem: deps package-i386
 
 # The instrument as a virtual machine (tools/virtual-instrument): the i386 package installed in a
 # Debian 11 i386 guest, the update run through its real reboot, then power cuts at the update's steps
-# (VM_TRIALS of them, drawn with VM_SEED; every chosen step when empty) and VM_RANDOM at random
-# moments, each checked on the next boot. The disk image is made once into /var/cache/vtx-vm.
+# (VM_TRIALS of them, drawn with VM_SEED; every chosen step when empty; with VM_TABLE=1 one at each
+# point of the power-cut table and the log's line after the backup, as CI runs it) and VM_RANDOM at
+# random moments, each checked on the next boot. The disk image is made once into /var/cache/vtx-vm.
 VM_PACKAGES := qemu-system-x86 qemu-utils e2fsprogs dosfstools mtools gcc-i686-linux-gnu debootstrap
 VM_TRIALS ?=
 VM_SEED   ?=
 VM_RANDOM ?= 4
+VM_TABLE  ?=
 
 check-vm: package-i386
 	@$(MAKE) --no-print-directory deps PACKAGES="$(VM_PACKAGES)" APT_OPTIONS="$(I386_HOST_APT)"
 	$(SUDO) tools/virtual-instrument all "$$(ls -t build-i386/vtx-update_*_i386.deb | head -n 1)" \
-	  $(if $(VM_TRIALS),--count $(VM_TRIALS)) $(if $(VM_SEED),--seed $(VM_SEED)) --random $(VM_RANDOM)
+	  $(if $(VM_TRIALS),--count $(VM_TRIALS)) $(if $(VM_SEED),--seed $(VM_SEED)) $(if $(VM_TABLE),--table) \
+	  --random $(VM_RANDOM)
 
 # The whole suite under AddressSanitizer + UndefinedBehaviorSanitizer, and under ThreadSanitizer.
 # The suppression files list only what is proven to lie inside the toolkit's own libraries.

@@ -412,6 +412,46 @@ def chosen_cuts(steps):
     return sorted(chosen)
 
 
+def table_cuts(steps):
+    """One cut for each point of the service engineer's power-cut table (docs/service/power-cuts.md),
+    found in the recorded steps, and the log's line after the backup with its flush, where a disk
+    that commits a file's size ahead of its data would leave zero bytes: {point: step number}."""
+    def first(op, path, after=0):
+        return next((s["n"] for s in steps if s["n"] > after and s["op"] == op and s["path"] == path), None)
+
+    def middle_write(path, after=0):
+        run = []
+        for s in steps:
+            if s["n"] > after and s["op"] == "write" and s["path"] == path:
+                run.append(s["n"])
+            elif run:
+                break
+        return run[len(run) // 2] if run else None
+    code, old, partial = "/home/vtx/Code", "/home/vtx/Code/Old", "/.vtx-partial-copy"
+    backup = first("rename", old + "/" + next((s["path"] for s in steps if s["path"].startswith(old + "/Application_")),
+                                              "")[len(old) + 1:])
+    log_line = first("write", code + "/instrument.log", backup or 0)
+    privileged = [s for s in steps if s["op"] == "privileged"]
+    points = {
+        "start": steps[0]["n"] if steps else None,
+        "auxiliary_copy": middle_write(code + partial),
+        "os_update_copy": next((s["n"] for s in privileged if s["path"].startswith("cp ")), None),
+        "os_update_link": next((s["n"] for s in privileged if s["path"].startswith("ln ")), None),
+        "backup_copy": middle_write(old + partial),
+        "library_check": first("unlink", code + partial, backup or 0),
+        "install_copy": middle_write(code + partial, backup or 0),
+        "install_done": first("rename", code + "/Application"),
+        "font_copy": middle_write("/home/vtx" + partial),
+        "font_unpack": first("mkdir", "/home/vtx/jfonts"),
+        "log_copy": middle_write("/media/usb" + partial),
+        "reboot": next((s["n"] for s in privileged if s["path"] == "reboot"), None),
+        "log_line": log_line,
+        "log_line_flush": next((s["n"] for s in steps if log_line and s["n"] > log_line
+                                and s["op"] in ("fsync", "fdatasync") and s["path"] == code + "/instrument.log"), None),
+    }
+    return points
+
+
 def _run_id(steps, i):
     while i > 0 and steps[i - 1]["op"] == "write" and steps[i - 1]["path"] == steps[i]["path"]:
         i -= 1
@@ -481,7 +521,15 @@ def trial(folder, accel, plan, initial, cut=None, moment=None):
 def phase_trials(args, folder, accel):
     plan, initial = load("steps.json"), load("initial.json")
     steps = plan["steps"]
-    cuts = [int(c) for c in args.cuts.split(",")] if args.cuts else chosen_cuts(steps)
+    if args.table:
+        points = table_cuts(steps)
+        missing = [name for name, n in points.items() if n is None]
+        if missing:
+            sys.stderr.write("virtual-instrument: trials: the recorded update has no step for %s\n" % ", ".join(missing))
+            return 1
+        cuts = sorted(set(points.values()))
+    else:
+        cuts = [int(c) for c in args.cuts.split(",")] if args.cuts else chosen_cuts(steps)
     rng = random.Random(args.seed)
     if args.count is not None and args.count < len(cuts):
         cuts = sorted(rng.sample(cuts, args.count))
@@ -523,6 +571,8 @@ def main():
     ap.add_argument("--seed", type=int, default=None)
     ap.add_argument("--random", type=int, default=0, help="this many cuts at random moments too")
     ap.add_argument("--cuts", help="cut before these steps (numbers of the e2e run's steps)")
+    ap.add_argument("--table", action="store_true", help="one cut at each point of the power-cut table, and the "
+                    "log's line after the backup with its flush")
     args = ap.parse_args()
     if args.seed is None:
         args.seed = random.SystemRandom().randrange(1 << 31)
