@@ -35,9 +35,9 @@ def state(changes, app="0 VTX-APP build=old", fsck="0"):
 
 
 class Judgment(unittest.TestCase):
-    def judge(self, changes, **kw):
+    def judge(self, changes, flushed=0, **kw):
         log_at_end = vm.re.sub(rb"[0-9]", b"D", vm.LOG_BEFORE + LINE * 3)
-        return vm.judged(state(changes, **kw), dict(files=BEFORE), log_at_end, False)
+        return vm.judged(state(changes, **kw), dict(files=BEFORE), log_at_end, False, flushed)
 
     def test_an_untouched_instrument_keeps_every_promise(self):
         self.assertEqual(self.judge({}), [])
@@ -46,10 +46,14 @@ class Judgment(unittest.TestCase):
         self.assertEqual(self.judge({CODE + "Application": f(NEW, 0o755), CODE + "NEW/Application": None,
                                      CODE + "instrument.log": f(vm.LOG_BEFORE + LINE)}, app="0 VTX-APP build=new"), [])
 
-    def test_a_log_grown_by_zeros_breaks_the_log_promise(self):
-        broken = self.judge({CODE + "instrument.log": f(vm.LOG_BEFORE + bytes(16))})
+    def test_a_log_grown_by_zeros_keeps_no_flushed_line_and_no_more_than_one(self):
+        # Zeros in place of the line being written: a cut during its write, before its flush.
+        self.assertEqual(self.judge({CODE + "instrument.log": f(vm.LOG_BEFORE + bytes(16))}), [])
+        broken = self.judge({CODE + "instrument.log": f(vm.LOG_BEFORE + bytes(16))}, flushed=1)
+        self.assertEqual(broken, ["the instrument's log holds every line flushed before the cut (1)"])
+        broken = self.judge({CODE + "instrument.log": f(vm.LOG_BEFORE + bytes(2 * len(LINE)))})
         self.assertEqual(len(broken), 1)
-        self.assertIn("instrument's log keeps its old content", broken[0])
+        self.assertIn("zero bytes end the instrument's log only in place of one line", broken[0])
 
     def test_a_torn_application_an_unclean_disk_and_the_wrong_build_are_each_named(self):
         broken = self.judge({CODE + "Application": f(NEW[:4096], 0o755)}, app="0 VTX-APP build=new", fsck="4")

@@ -68,7 +68,7 @@ def application_build(name):
 def stick_files():
     """The stick of a full update, as the power-loss runs have it: auxiliary file, font package, the
     runtime the operating-system update copies, an older log of the log's name."""
-    import sandbox_run
+    from harness import sandbox as sandbox_run
     return {"update/zip": b"auxiliary data\n" * 1000,
             "update/libstdc++.so.6.0.22": sandbox_run.runtime_library() + bytes(38000),
             "jfonts.tgz": sandbox_run.package(("jfonts/ipag.ttf", b"stand-in font\n")),
@@ -243,9 +243,10 @@ def accelerator(folder):
     return "kvm" if ok else "tcg"
 
 
-def judged(state, initial, log_at_end, last):
+def judged(state, initial, log_at_end, last, flushed=0):
     """The promises one state breaks, from the power-loss checks, and the boot's own: a clean file
-    system, an application that starts and is the build its file holds."""
+    system, an application that starts and is the build its file holds, and the instrument's log
+    holding every line whose flush had ended before the cut (flushed of them)."""
     from harness import promises as p
     from crashstates import Entry
 
@@ -263,6 +264,10 @@ def judged(state, initial, log_at_end, last):
         return out
     now, was = tree(state["files"]), tree(initial["files"])
     broken = p.broken(now, was, "Application", log_at_end, last)
+    before = was[p.LOG].data
+    lines = log_at_end[len(before):].split(b"\r\n")[:flushed]
+    if flushed and not now[p.LOG].data.startswith(before + b"".join(line + b"\r\n" for line in lines)):
+        broken.append("the instrument's log holds every line flushed before the cut (%d)" % flushed)
     if state.get("fsck_status", "0").strip() != "0":
         broken.append("e2fsck -fn is clean: " + state.get("fsck", "").strip().replace("\n", " | ")[-300:])
     app, held = state.get("app", ""), getattr(now.get(p.APPLICATION), "data", None)
@@ -357,7 +362,6 @@ def phase_setup(args, folder, accel):
 
 def phase_e2e(args, folder, accel):
     """The whole update through the real reboot; the second boot must run the new build."""
-    from harness import promises as p
     t0 = time.monotonic()
     stick, root_ro = os.path.join(folder, "stick.img"), os.path.join(folder, "root-ro.img")
     shutil.copy(STICK, stick)
@@ -472,7 +476,7 @@ def trial(folder, accel, plan, initial, cut=None, moment=None):
     shutil.copy(ROOT_RO, root_ro)
     disk = overlay(folder, "disk")
     guest = Guest(folder, "trial", disk, accel, stick=stick, root_ro=root_ro)
-    n, at, timer = 0, None, None
+    n, at, timer, flushes = 0, None, None, []
     for _t, text in guest.events(RUN_LIMIT):
         if text.startswith("UPDATE") and moment is not None:
             timer = threading.Timer(moment, guest.kill)
@@ -483,6 +487,7 @@ def trial(folder, accel, plan, initial, cut=None, moment=None):
             if n == cut:
                 at = dict(n=n, op=op, path=path)
                 break
+            flushes.append(op in ("fsync", "fdatasync") and path == "/home/vtx/Code/instrument.log")
             try:
                 guest.answer()
             except OSError:  # the moment came
@@ -502,7 +507,9 @@ def trial(folder, accel, plan, initial, cut=None, moment=None):
         pass
     state = checker.result("check")
     last = expected == plan["steps"][-1] or at["n"] > len(plan["steps"])
-    broken = judged(state, initial, base64.b64decode(plan["log_at_end"]), last)
+    # A step answered has ended once the next is announced; at a moment the last may still run.
+    flushed = sum(flushes if cut is not None else flushes[:-1])
+    broken = judged(state, initial, base64.b64decode(plan["log_at_end"]), last, flushed)
     if moment is None and expected and (expected["op"], expected["path"]) != (at["op"], at["path"]):
         broken.append("the cut step is the planned one: planned %s, got %s" % (describe(expected), describe(at)))
     out = dict(cut=at, cut_s=cut_s, check_s=checker.elapsed(), total_s=round(time.monotonic() - t0, 1),
