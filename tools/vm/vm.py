@@ -522,7 +522,9 @@ def trial(folder, accel, plan, initial, cut=None, moment=None):
             continue
         break
     state = checker.result("check")
-    last = expected == plan["steps"][-1] or at["n"] > len(plan["steps"])
+    # The reboot was asked for once its step was announced: a cut there; a moment only after it (at
+    # a moment, step n is the one not yet announced, and the sync before it may still be running).
+    last = (moment is None and expected == plan["steps"][-1]) or at["n"] > len(plan["steps"])
     # A step answered has ended once the next is announced; at a moment the last may still run.
     flushed = sum(flushes if cut is not None else flushes[:-1])
     broken = judged(state, initial, base64.b64decode(plan["log_at_end"]), last, flushed)
